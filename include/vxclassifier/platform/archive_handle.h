@@ -1,0 +1,52 @@
+#ifndef VXCLASSIFIER_PLATFORM_ARCHIVE_HANDLE_H
+#define VXCLASSIFIER_PLATFORM_ARCHIVE_HANDLE_H
+
+#include <vxclassifier/platform/export.h>
+#include <vxclassifier/platform/persistent.h>
+#include <vxclassifier/platform/ptr_handle.h>
+
+class vxArchive;
+
+namespace detail {
+
+VXCLASSIFIER_API bool isLoading(const vxArchive& archive) noexcept;
+
+/// Tells the archive that an object which it just loaded is not taken by whoever asked for it.
+VXCLASSIFIER_API void leaveWithArchive(vxArchive& archive, vxPersistent* object) noexcept;
+
+template <class T, class Handle>
+vxArchive& exchangeHandle(vxArchive& archive, Handle& handle) {
+    vxPersistent* stored = nullptr;
+    if (isLoading(archive)) {
+        handle.reset();
+    } else {
+        // An archive only reads what it stores, whatever the handle allows.
+        stored = const_cast<T*>(handle.get());
+    }
+    vxPersistent* loaded = nullptr;
+    vxPersistent::serializePointer(archive, stored, loaded);
+    if (loaded != nullptr) {
+        if (T* object = dynamic_cast<T*>(loaded)) {
+            handle.reset(object);
+        } else {
+            leaveWithArchive(archive, loaded);
+        }
+    }
+    return archive;
+}
+
+} // namespace detail
+
+/// Exchanges the pointer to a shared object. Loading first releases the object that the handle holds; an
+/// object of a class that the handle cannot hold leaves the handle null.
+template <class T>
+vxArchive& operator||(vxArchive& archive, vxPtrHandle<T>& handle) {
+    return detail::exchangeHandle<T>(archive, handle);
+}
+
+template <class T>
+vxArchive& operator||(vxArchive& archive, vxPtrHandle_const<T>& handle) {
+    return detail::exchangeHandle<T>(archive, handle);
+}
+
+#endif

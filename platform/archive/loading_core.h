@@ -1,0 +1,89 @@
+#ifndef PLATFORM_ARCHIVE_LOADING_CORE_H
+#define PLATFORM_ARCHIVE_LOADING_CORE_H
+
+#include "platform/archive/class_registry.h"
+#include "platform/archive/object_tracker.h"
+
+#include <vxclassifier/platform/ptr_handle.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+class vxArchive;
+class vxPersistent;
+
+namespace detail {
+
+/// The inside of an archive that is being read: the place in its bytes, and the objects made so far. A record
+/// can refer only to earlier ones, so an object is complete before anything points to it, and nothing here
+/// recurses by data.
+class LoadingCore {
+public:
+    /// Reads `size` borrowed bytes. Throws as verifyFrame does.
+    LoadingCore(const unsigned char* archive, std::size_t size);
+
+    /// Reads an archive whose frame is verified already.
+    explicit LoadingCore(std::vector<unsigned char> verified);
+
+    ~LoadingCore();
+    LoadingCore(const LoadingCore&) = delete;
+    LoadingCore& operator=(const LoadingCore&) = delete;
+
+    unsigned char getByte();
+    long getSigned();
+    unsigned long getUnsigned();
+    double getDouble();
+    void getDoubles(double* values, std::size_t count);
+    std::wstring getText();
+    vxPersistent* getPointer(vxArchive& archive);
+
+    /// Throws vxArchive::TooLarge unless `count` elements of at least `elementSize` bytes each can follow.
+    /// The product may be larger than any number of bytes.
+    void requireElements(std::uint64_t count, std::size_t elementSize) const;
+
+    /// Throws vxArchive::Misuse when the archive is finished, or was left in the middle of an object.
+    void requireUsable() const;
+
+    /// Whoever asked for this object, which was loaded last, does not take it.
+    void leave(vxPersistent* object) noexcept;
+
+    /// An object was left half read: the archive cannot be used any more.
+    void fail() noexcept { usable_ = false; }
+
+    /// Throws vxArchive::CorruptData when bytes are left. Gives up the objects.
+    void finish();
+
+private:
+    /// A loaded object. A share of a counted one is kept, so that its address is not used again; one that is
+    /// not counted belongs to the archive until somebody takes it, and is tracked from then on.
+    struct Loaded {
+        vxPersistent* object;
+        const vxRepBase* rep; // null for an object that is not counted
+        bool taken;
+    };
+
+    const unsigned char* take(std::size_t size);
+    std::size_t left() const noexcept { return static_cast<std::size_t>(end_ - next_); }
+
+    void getRecord(vxArchive& archive);
+    MakeFunction getClass();
+    void fillRecord(vxArchive& archive, vxPersistent& object, std::uint64_t size);
+    void keep(vxPersistent& object);
+    vxPersistent* resolve(unsigned long number);
+    void releaseAll() noexcept;
+
+    const std::vector<unsigned char> owned_;
+    const unsigned char* next_;
+    const unsigned char* end_; // of the record that is being read, or of the payload
+    bool inRecord_ = false;
+    bool usable_ = true;
+    std::vector<MakeFunction> classes_; // by class number
+    std::vector<Loaded> records_;       // record n at n - 1
+    ObjectTracker uncounted_;
+};
+
+} // namespace detail
+
+#endif

@@ -1,0 +1,56 @@
+#include <vxclassifier/platform/ptr_handle.h>
+
+#include <vxclassifier/platform/exception.h>
+#include <vxclassifier/platform/interlocked.h>
+
+namespace {
+
+// Deletions of objects that own each other nest up to this depth, so that ordinary structures go in the order
+// that their owners expect: an object is gone when the handle to it is. A chain of a million objects would
+// need a stack of hundreds of megabytes that way, so deeper ones wait in a list until the outermost deletion
+// is done.
+constexpr int deepestNesting = 64;
+
+struct Deletions {
+    int nesting = 0;
+    const vxRepBase* waiting = nullptr;
+};
+
+thread_local Deletions deletions;
+
+} // namespace
+
+vxRepBase::~vxRepBase() = default;
+
+void vx_PtrHandleBase_RepAccessor::share(const vxRepBase& object) noexcept {
+    vfInterlockedIncrement(object.count_);
+}
+
+void vx_PtrHandleBase_RepAccessor::release(const vxRepBase& object) noexcept {
+    if (vfInterlockedDecrement(object.count_) != 0) {
+        return;
+    }
+    Deletions& state = deletions;
+    if (state.nesting == deepestNesting) {
+        // Nobody counts any more, so the count can hold the link: letting go must not need memory.
+        object.count_.store(reinterpret_cast<std::intptr_t>(state.waiting), std::memory_order_relaxed);
+        state.waiting = &object;
+        return;
+    }
+    ++state.nesting;
+    delete &object;
+    while (state.nesting == 1 && state.waiting != nullptr) {
+        const vxRepBase* next = state.waiting;
+        state.waiting = reinterpret_cast<const vxRepBase*>(next->count_.load(std::memory_order_relaxed));
+        delete next;
+    }
+    --state.nesting;
+}
+
+long vx_PtrHandleBase_RepAccessor::count(const vxRepBase& object) noexcept {
+    return static_cast<long>(object.count_.load(std::memory_order_relaxed));
+}
+
+void vxPtrHandleBase_const::throwBadPointer_() {
+    throw vxBadPointer();
+}

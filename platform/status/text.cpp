@@ -1,0 +1,5 @@
+#include <vxclassifier/platform/text.h>
+
+std::wstring vfStr(long number) {
+    return std::to_wstring(number);
+}
