@@ -1,0 +1,147 @@
+#include <vxclassifier/classifier_data_provider_memory.h>
+
+#include "platform/archive/class_level.h"
+
+#include <vxclassifier/classifier_defs.h>
+#include <vxclassifier/platform/archive.h>
+
+#include <algorithm>
+
+vx_Instantiator vxClassifierDataProviderMemory::sExemplar(typeid(vxClassifierDataProviderMemory),
+                                                          &vxClassifierDataProviderMemory::make);
+
+namespace {
+
+constexpr long unknownLabel = -1;
+
+void requireLabelOrUnknown(long label) {
+    if (label < 0 && label != unknownLabel) {
+        throw vxClassifierDefs::BadLabel(L"Category labels must be >= 0 or unknown");
+    }
+}
+
+} // namespace
+
+vxClassifierDataProviderMemory::vxClassifierDataProviderMemory() noexcept = default;
+vxClassifierDataProviderMemory::vxClassifierDataProviderMemory(const vxClassifierDataProviderMemory&) =
+    default;
+vxClassifierDataProviderMemory&
+vxClassifierDataProviderMemory::operator=(const vxClassifierDataProviderMemory&) = default;
+vxClassifierDataProviderMemory::~vxClassifierDataProviderMemory() = default;
+
+vxPersistent* vxClassifierDataProviderMemory::make() {
+    return new vxClassifierDataProviderMemory;
+}
+
+std::wstring vxClassifierDataProviderMemory::name() const {
+    return name_;
+}
+
+std::wstring vxClassifierDataProviderMemory::description() const {
+    return description_;
+}
+
+void vxClassifierDataProviderMemory::setName(const std::wstring& name) {
+    name_ = name;
+}
+
+void vxClassifierDataProviderMemory::setDescription(const std::wstring& description) {
+    description_ = description;
+}
+
+std::size_t vxClassifierDataProviderMemory::rows() const noexcept {
+    return std::min(patterns_.size(), labels_.size());
+}
+
+long vxClassifierDataProviderMemory::numPatterns() const {
+    return static_cast<long>(rows());
+}
+
+long vxClassifierDataProviderMemory::numMeasurements() const {
+    // A derived class may count otherwise, but it cannot make a first pattern.
+    return numPatterns() == 0 || rows() == 0 ? 0 : patterns_.front()->numMeasurements();
+}
+
+bool vxClassifierDataProviderMemory::holds(long index) const {
+    return index >= 0 && index < numPatterns() && static_cast<std::size_t>(index) < rows();
+}
+
+vxPtrHandle_const<vxFeaturePattern> vxClassifierDataProviderMemory::featurePattern(long index) const {
+    if (!holds(index)) {
+        throw vxClassifierDefs::BadIndex(L"Feature pattern index must be >=0 and < number of patterns.");
+    }
+    return patterns_[static_cast<std::size_t>(index)];
+}
+
+long vxClassifierDataProviderMemory::categoryLabel(long index) const {
+    if (!holds(index)) {
+        throw vxClassifierDefs::BadIndex(L"Category label index must be >=0 and < number of patterns.");
+    }
+    return labels_[static_cast<std::size_t>(index)];
+}
+
+void vxClassifierDataProviderMemory::addData(const vxPtrHandle_const<vxFeaturePattern>& pattern, long label) {
+    if (numPatterns() > 0 && pattern->numMeasurements() != numMeasurements()) {
+        throw vxClassifierDefs::BadFeatures(
+            L"Feature pattern must have the same number of measurements as the rest of the data.");
+    }
+    requireLabelOrUnknown(label);
+    // What an archive brought without its counterpart is no data, and would pair with the wrong one now.
+    const std::size_t row = rows();
+    patterns_.resize(row);
+    labels_.resize(row);
+    labels_.push_back(label);
+    try {
+        patterns_.push_back(pattern);
+    } catch (...) {
+        labels_.pop_back();
+        throw;
+    }
+}
+
+void vxClassifierDataProviderMemory::data(const std::vector<vxPtrHandle_const<vxFeaturePattern>>& patterns,
+                                          const std::vector<long>& labels) {
+    if (patterns.size() != labels.size()) {
+        throw vxClassifierDefs::BadFeatures(
+            L"The number of the feature patterns must be equal to the number of category labels");
+    }
+    for (std::size_t i = 1; i < patterns.size(); ++i) {
+        if (patterns[i]->numMeasurements() != patterns.front()->numMeasurements()) {
+            throw vxClassifierDefs::BadFeatures(
+                L"Feature patterns must all have the same number of measurements");
+        }
+    }
+    for (const long label : labels) {
+        requireLabelOrUnknown(label);
+    }
+    auto newPatterns = patterns;
+    auto newLabels = labels;
+    patterns_.swap(newPatterns);
+    labels_.swap(newLabels);
+}
+
+bool vxClassifierDataProviderMemory::isEqual_(const vxClassifierDataProvider& other) const {
+    const auto* memory = dynamic_cast<const vxClassifierDataProviderMemory*>(&other);
+    if (memory == nullptr || rows() != memory->rows()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < rows(); ++i) {
+        if (*patterns_[i] != *memory->patterns_[i]) {
+            return false;
+        }
+    }
+    return name_ == memory->name_ && description_ == memory->description_ && labels_ == memory->labels_;
+}
+
+void vxClassifierDataProviderMemory::dispatchSerialize(vxArchive& archive) {
+    detail::exchangeLevel(archive, this, [&](unsigned char version) { serialize_(archive, version); });
+}
+
+void vxClassifierDataProviderMemory::serialize_(vxArchive& archive, unsigned char version) {
+    detail::requireVersionZero(version);
+    vxClassifierDataProvider::dispatchSerialize(archive);
+    archive || name_;
+    archive || description_;
+    archive || patterns_;
+    archive || labels_;
+}

@@ -1,0 +1,78 @@
+#ifndef VXCLASSIFIER_FEATURE_PATTERN_H
+#define VXCLASSIFIER_FEATURE_PATTERN_H
+
+#include <vxclassifier/platform/export.h>
+#include <vxclassifier/platform/persistent.h>
+#include <vxclassifier/platform/rep_base.h>
+
+#include <vector>
+
+/// The measurements of one object: a fixed number of doubles, each of which may be marked invalid (missing,
+/// not measured).
+///
+/// Initial state: what the constructor is given; immutable but for assignment. `make` gives a pattern without
+/// measurements.
+///
+/// Ownership: usually held by vxPtrHandle_const<vxFeaturePattern> and shared.
+///
+/// Threads: a pattern that nobody assigns to may be read by any number of threads.
+class VXCLASSIFIER_API vxFeaturePattern : public vxPersistent, public vxRepBase {
+public:
+    /// `invalidIndices` lists the positions, counted from 0, of the invalid measurements, in any order,
+    /// repeats allowed. Their values are kept but not interpreted. Throws vxClassifierDefs::BadIndex at the
+    /// first index that is negative or not below the number of measurements.
+    vxFeaturePattern(const std::vector<double>& measurements, const std::vector<long>& invalidIndices);
+    vxFeaturePattern(const vxFeaturePattern& other);
+    vxFeaturePattern& operator=(const vxFeaturePattern& other);
+    ~vxFeaturePattern() override;
+
+    static vxPersistent* make();
+
+    long numMeasurements() const noexcept { return static_cast<long>(measurements_.size()); }
+
+    /// How many measurements are invalid; linear in their number.
+    long numInvalid() const noexcept;
+
+    /// False for an invalid measurement and for an index past the end. Throws vxClassifierDefs::BadIndex for
+    /// a negative index.
+    bool isValid(long index) const;
+
+    /// A valid measurement's value. For an invalid measurement or an index past the end: throws
+    /// vxClassifierDefs::BadFeatures if `mustBeValid`, otherwise gives the stored value, or 0.0 past the end.
+    /// Throws vxClassifierDefs::BadIndex for a negative index.
+    double featureMeasurement(long index, bool mustBeValid) const;
+
+    /// All stored values, those of invalid measurements included; the reference lives as long as the pattern.
+    /// Throws vxClassifierDefs::BadFeatures if `mustBeAllValid` and a measurement is invalid.
+    const std::vector<double>& featureMeasurements(bool mustBeAllValid) const;
+
+    /// The positions of the invalid measurements in ascending order.
+    std::vector<long> invalidFeatureIndices() const;
+
+    /// Equal when all values (by the ordinary `==`, those of invalid measurements included) and all validity
+    /// marks are equal. A pattern that holds a NaN is unequal even to itself.
+    bool operator==(const vxFeaturePattern& other) const noexcept;
+    bool operator!=(const vxFeaturePattern& other) const noexcept { return !(*this == other); }
+
+protected:
+    void dispatchSerialize(vxArchive& archive) override;
+
+    /// Throws vxArchive::UnknownVersion for a version other than 0.
+    void serialize_(vxArchive& archive, unsigned char version);
+
+private:
+    vxFeaturePattern() noexcept;
+
+    // As long as measurements_, but for what an archive brought: a missing mark means invalid, a surplus one
+    // takes part in comparing and storing only.
+    bool isMarkedValid(std::size_t index) const noexcept {
+        return index < validity_.size() && validity_[index];
+    }
+
+    std::vector<double> measurements_;
+    std::vector<bool> validity_; // true: valid
+
+    static vx_Instantiator sExemplar;
+};
+
+#endif
