@@ -1,0 +1,28 @@
+#ifndef VXCLASSIFIER_VXCLASSIFIER_H
+#define VXCLASSIFIER_VXCLASSIFIER_H
+
+// The whole library.
+#include <vxclassifier/classifier.h>
+#include <vxclassifier/classifier_costs.h>
+#include <vxclassifier/classifier_data_provider.h>
+#include <vxclassifier/classifier_data_provider_memory.h>
+#include <vxclassifier/classifier_defs.h>
+#include <vxclassifier/classifier_frequencies.h>
+#include <vxclassifier/classifier_result.h>
+#include <vxclassifier/classifier_tool.h>
+#include <vxclassifier/classifier_train_params.h>
+#include <vxclassifier/feature_pattern.h>
+#include <vxclassifier/platform/archive.h>
+#include <vxclassifier/platform/attention.h>
+#include <vxclassifier/platform/diag_object.h>
+#include <vxclassifier/platform/exception.h>
+#include <vxclassifier/platform/nm_matrix.h>
+#include <vxclassifier/platform/pair.h>
+#include <vxclassifier/platform/persistent.h>
+#include <vxclassifier/platform/ptr_handle.h>
+#include <vxclassifier/platform/random.h>
+#include <vxclassifier/platform/range.h>
+#include <vxclassifier/platform/status.h>
+#include <vxclassifier/platform/text.h>
+
+#endif
