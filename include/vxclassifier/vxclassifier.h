@@ -2,6 +2,7 @@
 #define VXCLASSIFIER_VXCLASSIFIER_H
 
 // The whole library.
+#include <vxclassifier/class_data_generator.h>
 #include <vxclassifier/classifier.h>
 #include <vxclassifier/classifier_costs.h>
 #include <vxclassifier/classifier_data_provider.h>
@@ -24,5 +25,6 @@
 #include <vxclassifier/platform/range.h>
 #include <vxclassifier/platform/status.h>
 #include <vxclassifier/platform/text.h>
+#include <vxclassifier/total_data_generator.h>
 
 #endif

@@ -25,8 +25,18 @@ void requireLabelOrUnknown(long label) {
 vxClassifierDataProviderMemory::vxClassifierDataProviderMemory() noexcept = default;
 vxClassifierDataProviderMemory::vxClassifierDataProviderMemory(const vxClassifierDataProviderMemory&) =
     default;
+
 vxClassifierDataProviderMemory&
-vxClassifierDataProviderMemory::operator=(const vxClassifierDataProviderMemory&) = default;
+vxClassifierDataProviderMemory::operator=(const vxClassifierDataProviderMemory& other) {
+    // All or nothing: copy first, then exchange.
+    vxClassifierDataProviderMemory copy(other);
+    name_.swap(copy.name_);
+    description_.swap(copy.description_);
+    patterns_.swap(copy.patterns_);
+    labels_.swap(copy.labels_);
+    return *this;
+}
+
 vxClassifierDataProviderMemory::~vxClassifierDataProviderMemory() = default;
 
 vxPersistent* vxClassifierDataProviderMemory::make() {

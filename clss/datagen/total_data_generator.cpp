@@ -1,0 +1,73 @@
+#include <vxclassifier/total_data_generator.h>
+
+#include <vxclassifier/platform/random.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+namespace {
+
+constexpr long seed = 1;
+
+/// Takes as many patterns of each category as a pattern has measurements.
+vxClassifierDataProviderMemory collect(std::vector<vx_ClassDataGenerator>& generators) {
+    vxClassifierDataProviderMemory collected;
+    long label = 0;
+    for (vx_ClassDataGenerator& generator : generators) {
+        const vxClassifierDataProviderMemory category = generator.generateData();
+        for (long j = 0; j < category.numMeasurements(); ++j) {
+            collected.addData(category.featurePattern(j), label);
+        }
+        ++label;
+    }
+    return collected;
+}
+
+/// A whole number from 0 to size - 1.
+long drawPlace(long size, vxRandomUniform& random) {
+    // Rounding may give the upper bound itself, and comparing this way keeps out everything else that is no
+    // place.
+    const double drawn = random.next(0.0, static_cast<double>(size));
+    if (!(drawn > 0.0)) {
+        return 0;
+    }
+    return drawn < static_cast<double>(size) ? static_cast<long>(drawn) : size - 1;
+}
+
+/// The numbers from 0 to size - 1, each swapped once with one drawn from all of them.
+std::vector<long> shuffledOrder(long size) {
+    vxRandomUniform random(seed);
+    std::vector<long> order;
+    for (long i = 0; i < size; ++i) {
+        order.push_back(i);
+    }
+    for (long i = 0; i < size; ++i) {
+        std::swap(order[static_cast<std::size_t>(i)],
+                  order[static_cast<std::size_t>(drawPlace(size, random))]);
+    }
+    return order;
+}
+
+} // namespace
+
+vx_TotalDataGenerator::vx_TotalDataGenerator(const std::vector<vx_ClassDataGenerator>& generators)
+    : generators_(generators) {}
+vx_TotalDataGenerator::vx_TotalDataGenerator(const vx_TotalDataGenerator&) = default;
+vx_TotalDataGenerator& vx_TotalDataGenerator::operator=(const vx_TotalDataGenerator&) = default;
+vx_TotalDataGenerator::~vx_TotalDataGenerator() = default;
+
+vxClassifierDataProviderMemory vx_TotalDataGenerator::generateData() {
+    if (data_.numMeasurements() != 0) {
+        return data_;
+    }
+    std::vector<vx_ClassDataGenerator> generators(generators_);
+    const vxClassifierDataProviderMemory collected = collect(generators);
+    vxClassifierDataProviderMemory data(data_);
+    for (const long k : shuffledOrder(collected.numMeasurements())) {
+        data.addData(collected.featurePattern(k), collected.categoryLabel(k));
+    }
+    data_ = data;
+    generators_.swap(generators); // those that have drawn; nothing can fail any more
+    return data;
+}
