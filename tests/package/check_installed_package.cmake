@@ -1,0 +1,62 @@
+# Installs the built library, moves what was installed, and builds and runs a small program against it, once through
+# find_package and once through pkg-config with a plain compiler command.
+#
+# Expects: build_dir, config, work_dir, source_dir (this folder), compiler, compiler_flags, generator, make_program,
+# libdir (relative to the prefix), version.
+
+function(run what)
+    execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+    if(NOT result EQUAL 0)
+        list(JOIN ARGN " " command)
+        message(FATAL_ERROR "${what} failed (${result}):\n${command}\n${output}")
+    endif()
+    set(output "${output}" PARENT_SCOPE)
+endfunction()
+
+function(run_consumer program)
+    run("running ${program}" "${CMAKE_COMMAND}" -E env "LD_LIBRARY_PATH=${prefix}/${libdir}" "${program}")
+    if(NOT output MATCHES "consumer: done")
+        message(FATAL_ERROR "${program} did not reach its end:\n${output}")
+    endif()
+endfunction()
+
+file(REMOVE_RECURSE "${work_dir}")
+file(MAKE_DIRECTORY "${work_dir}")
+set(prefix "${work_dir}/moved here")
+run("installing" "${CMAKE_COMMAND}" --install "${build_dir}" --config "${config}" --prefix "${work_dir}/installed")
+file(RENAME "${work_dir}/installed" "${prefix}")
+
+foreach(link "libvxclassifier.so" "libvxclassifier.so.${soversion}")
+    if(NOT IS_SYMLINK "${prefix}/${libdir}/${link}")
+        message(FATAL_ERROR "${link} was not installed as a link")
+    endif()
+endforeach()
+
+# Through find_package. Its own warnings would be a defect of the headers, so they are errors.
+separate_arguments(flags UNIX_COMMAND "${compiler_flags}")
+set(cmake_build "${work_dir}/through find_package")
+run("configuring the consumer"
+    "${CMAKE_COMMAND}" -S "${source_dir}/consumer" -B "${cmake_build}" -G "${generator}"
+    "-DCMAKE_MAKE_PROGRAM=${make_program}" "-DCMAKE_BUILD_TYPE=${config}" "-DCMAKE_CXX_COMPILER=${compiler}"
+    "-DCMAKE_CXX_FLAGS=${compiler_flags} -Wall -Wextra -Werror" "-DCMAKE_PREFIX_PATH=${prefix}"
+    "-Dexpected_version=${version}")
+run("building the consumer" "${CMAKE_COMMAND}" --build "${cmake_build}")
+file(STRINGS "${cmake_build}/CMakeCache.txt" found REGEX "^vxclassifier_DIR:PATH=")
+if(NOT found STREQUAL "vxclassifier_DIR:PATH=${prefix}/${libdir}/cmake/vxclassifier")
+    message(FATAL_ERROR "find_package found another package: ${found}")
+endif()
+run_consumer("${cmake_build}/consumer")
+
+# Through pkg-config.
+set(ENV{PKG_CONFIG_PATH} "${prefix}/${libdir}/pkgconfig")
+run("asking pkg-config for the version" pkg-config --modversion vxclassifier)
+string(STRIP "${output}" found_version)
+if(NOT found_version STREQUAL version)
+    message(FATAL_ERROR "pkg-config says version ${found_version} instead of ${version}")
+endif()
+run("asking pkg-config for the flags" pkg-config --cflags --libs vxclassifier)
+separate_arguments(package_flags UNIX_COMMAND "${output}")
+run("building with pkg-config's flags"
+    "${compiler}" ${flags} -std=c++17 -Wall -Wextra -Werror "${source_dir}/consumer/main.cpp" -o
+    "${work_dir}/through_pkg_config" ${package_flags})
+run_consumer("${work_dir}/through_pkg_config")
