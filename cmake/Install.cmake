@@ -8,9 +8,7 @@ install(
     TARGETS vxclassifier
     EXPORT vxclassifierTargets
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT vxclassifier_runtime
-            NAMELINK_COMPONENT vxclassifier_development
-    INCLUDES
-    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+            NAMELINK_COMPONENT vxclassifier_development)
 install(
     DIRECTORY "${PROJECT_SOURCE_DIR}/include/vxclassifier"
     DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
