@@ -9,6 +9,10 @@
 #include <utility>
 
 /// The only door to the reference count of a vxRepBase; used by the handles and by the archive.
+///
+/// Initial state: none, it has only static operations. Ownership: whoever takes a share gives it back once.
+///
+/// Threads: all operations may be called from any thread that has a share of the object.
 class VXCLASSIFIER_API vx_PtrHandleBase_RepAccessor {
 public:
     /// Takes one share of `object`.
@@ -24,6 +28,8 @@ public:
 };
 
 /// What all const handles have in common, whatever they point to.
+///
+/// Initial state: none, it has no members. Ownership and threads: as for vxPtrHandle.
 class VXCLASSIFIER_API vxPtrHandleBase_const {
 protected:
     /// Throws vxBadPointer.
@@ -31,6 +37,8 @@ protected:
 };
 
 /// What all handles have in common, whatever they point to.
+///
+/// Initial state, ownership, threads: as for vxPtrHandleBase_const.
 class VXCLASSIFIER_API vxPtrHandleBase : public vxPtrHandleBase_const {};
 
 namespace detail {
