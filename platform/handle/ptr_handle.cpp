@@ -41,7 +41,9 @@ void vx_PtrHandleBase_RepAccessor::release(const vxRepBase& object) noexcept {
     delete &object;
     while (state.nesting == 1 && state.waiting != nullptr) {
         const vxRepBase* next = state.waiting;
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the link was stored by the branch above.
         state.waiting = reinterpret_cast<const vxRepBase*>(next->count_.load(std::memory_order_relaxed));
+        // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): it waited, so nobody deleted it yet.
         delete next;
     }
     --state.nesting;

@@ -45,6 +45,7 @@ std::vector<std::uint32_t> codePoints(const std::wstring& text) {
     std::vector<std::uint32_t> points;
     points.reserve(text.size());
     for (const wchar_t character : text) {
+        // NOLINTNEXTLINE(bugprone-signed-char-misuse): where wchar_t is signed it has 32 bits.
         const std::uint32_t point = static_cast<std::uint32_t>(character);
         if (wideIsUtf16 && !points.empty() && isHighSurrogate(points.back()) && isLowSurrogate(point)) {
             points.back() =

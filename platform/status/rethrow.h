@@ -10,6 +10,7 @@ template <class X>
 [[noreturn]] void deleteAndRethrow(X* exception) {
     X copy(*exception);
     std::unique_ptr<X>(exception).reset();
+    // NOLINTNEXTLINE(misc-throw-by-value-catch-by-reference): the object itself is gone by now.
     throw copy;
 }
 

@@ -7,6 +7,7 @@ vxDiagObject::~vxDiagObject() = default;
 vxDiagObject::vxDiagObject(const vxDiagObject& other) noexcept
     : enabled_(other.enabled_), passedFlags_(other.passedFlags_) {}
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the pointer is borrowed and stays.
 vxDiagObject& vxDiagObject::operator=(const vxDiagObject& other) noexcept {
     enabled_ = other.enabled_;
     passedFlags_ = other.passedFlags_;

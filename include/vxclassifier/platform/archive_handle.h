@@ -1,6 +1,7 @@
 #ifndef VXCLASSIFIER_PLATFORM_ARCHIVE_HANDLE_H
 #define VXCLASSIFIER_PLATFORM_ARCHIVE_HANDLE_H
 
+#include <vxclassifier/platform/archive_direction.h>
 #include <vxclassifier/platform/export.h>
 #include <vxclassifier/platform/persistent.h>
 #include <vxclassifier/platform/ptr_handle.h>
@@ -8,8 +9,6 @@
 class vxArchive;
 
 namespace detail {
-
-VXCLASSIFIER_API bool isLoading(const vxArchive& archive) noexcept;
 
 /// Tells the archive that an object which it just loaded is not taken by whoever asked for it.
 VXCLASSIFIER_API void leaveWithArchive(vxArchive& archive, vxPersistent* object) noexcept;

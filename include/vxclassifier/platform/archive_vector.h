@@ -1,6 +1,7 @@
 #ifndef VXCLASSIFIER_PLATFORM_ARCHIVE_VECTOR_H
 #define VXCLASSIFIER_PLATFORM_ARCHIVE_VECTOR_H
 
+#include <vxclassifier/platform/archive_direction.h>
 #include <vxclassifier/platform/export.h>
 
 #include <cstddef>
@@ -23,8 +24,6 @@ namespace detail {
 /// can take.
 VXCLASSIFIER_API unsigned long exchangeVectorHead(vxArchive& archive, std::size_t count,
                                                   std::size_t leastElementSize);
-
-VXCLASSIFIER_API bool isLoading(const vxArchive& archive) noexcept;
 
 } // namespace detail
 

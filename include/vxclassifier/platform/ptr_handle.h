@@ -53,7 +53,9 @@ public:
     SharedPointer(SharedPointer&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
     ~SharedPointer() { release(object_); }
 
-    // The new share is taken before the old one is given back: the old object may own the new one.
+    // The new share is taken before the old one is given back: the old object may own the new one. Assigning
+    // a handle to itself changes nothing.
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
     SharedPointer& operator=(const SharedPointer& other) noexcept {
         reset(other.object_);
         return *this;

@@ -1,5 +1,5 @@
-// A program as a user of the installed library would write it: stores a value, loads it again, and lets an error of
-// the library pass through its own code.
+// A program as a user of the installed library would write it: stores a value, loads it again, and lets an
+// error of the library pass through its own code.
 
 #include <vxclassifier/platform/archive.h>
 #include <vxclassifier/platform/range.h>
