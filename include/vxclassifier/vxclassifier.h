@@ -17,6 +17,7 @@
 #include <vxclassifier/platform/attention.h>
 #include <vxclassifier/platform/diag_object.h>
 #include <vxclassifier/platform/exception.h>
+#include <vxclassifier/platform/interlocked.h>
 #include <vxclassifier/platform/nm_matrix.h>
 #include <vxclassifier/platform/pair.h>
 #include <vxclassifier/platform/persistent.h>

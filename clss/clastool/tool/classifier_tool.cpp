@@ -38,7 +38,9 @@ void trainOrUntrain(vx_Classifier& classifier, Training training) {
 
 vxClassifierTool::vxClassifierTool() : classifier_(std::make_unique<vxPtrHandle<vx_Classifier>>()) {}
 
-vxClassifierTool::vxClassifierTool(const vxClassifierTool& other) : vxClassifierTool() { *this = other; }
+vxClassifierTool::vxClassifierTool(const vxClassifierTool& other) : vxClassifierTool() {
+    *this = other;
+}
 
 vxClassifierTool& vxClassifierTool::operator=(const vxClassifierTool& other) {
     classifier_ = std::make_unique<vxPtrHandle<vx_Classifier>>();
@@ -89,7 +91,8 @@ void vxClassifierTool::train(const vxDecisionTree& tree, vxDiagObject* diag, uns
     trainOrUntrain(*fresh, [&] { fresh->trainManual(tree, diag, flags); });
 }
 
-void vxClassifierTool::retrain(const vxClassifierTrainParams& params, vxDiagObject* diag, unsigned long flags) {
+void vxClassifierTool::retrain(const vxClassifierTrainParams& params, vxDiagObject* diag,
+                               unsigned long flags) {
     const vxPtrHandle<vx_Classifier>& held = *classifier_;
     if (held == nullptr) {
         throw vxClassifierDefs::NotTrained(L"Classifier tool must be trained before retraining.");
