@@ -2,10 +2,8 @@
 
 #include <vxclassifier/platform/archive.h>
 
-#include <limits>
-
 vxRange vxRange::FullRange() noexcept {
-    return vxRange(-std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity());
+    return vxRange();
 }
 
 vxArchive& operator||(vxArchive& archive, vxRange& range) {

@@ -3,6 +3,7 @@
 
 #include <vxclassifier/platform/export.h>
 
+#include <cstddef>
 #include <vector>
 
 class vxArchive;
@@ -11,7 +12,7 @@ class vxArchive;
 ///
 /// Initial state: 0 x 0, or the given size filled with zeros.
 ///
-/// Ownership: a plain value. Threads: as any plain value.
+/// Ownership: a plain value; one that was moved from is 0 x 0. Threads: as any plain value.
 class VXCLASSIFIER_API vxNMMatrix {
 public:
     vxNMMatrix() noexcept = default;
@@ -19,6 +20,12 @@ public:
     /// Throws std::length_error for a negative size or one that no memory can hold, std::bad_alloc when
     /// memory is short.
     vxNMMatrix(long rows, long columns);
+
+    vxNMMatrix(const vxNMMatrix&) = default;
+    vxNMMatrix(vxNMMatrix&& other) noexcept;
+    /// Copies or moves; when a copy fails for want of memory, this matrix stays as it was.
+    vxNMMatrix& operator=(vxNMMatrix other) noexcept;
+    ~vxNMMatrix() = default;
 
     long rows() const noexcept { return rows_; }
     long columns() const noexcept { return columns_; }
@@ -49,7 +56,11 @@ private:
 
 /// Exchanges a version byte (0; any other throws vxArchive::UnknownVersion), the number of rows, the number
 /// of columns, and the entries row by row. A loaded size is checked against the bytes that are there before
-/// memory is taken for it; a failed load leaves the matrix as it was.
+/// memory is taken for it (vxArchive::TooLarge); a failed load leaves the matrix as it was.
+///
+/// A matrix with rows but no columns, or the reverse, is refused in both directions
+/// (vxArchive::NotRepresentable, vxArchive::CorruptData): it takes no bytes, so a few of them could claim any
+/// number of rows.
 VXCLASSIFIER_API vxArchive& operator||(vxArchive& archive, vxNMMatrix& matrix);
 
 #endif

@@ -3,16 +3,19 @@
 
 #include <vxclassifier/platform/export.h>
 
+#include <limits>
+
 class vxArchive;
 
 /// A closed interval of doubles.
 ///
-/// Initial state: the two given bounds, which are stored as they are. A range whose lower bound lies above
-/// its upper one, or with a NaN for a bound, holds nothing.
+/// Initial state: the full range, or the two given bounds, which are kept as they are. A range whose lower
+/// bound lies above its upper one, or with a NaN for a bound, holds nothing.
 ///
 /// Ownership: a plain value. Threads: as any plain value.
 class VXCLASSIFIER_API vxRange {
 public:
+    constexpr vxRange() noexcept = default;
     constexpr vxRange(double lower, double upper) noexcept : lower_(lower), upper_(upper) {}
 
     /// The range that holds every double except NaN, the infinities included.
@@ -33,8 +36,8 @@ public:
 private:
     friend VXCLASSIFIER_API vxArchive& operator||(vxArchive& archive, vxRange& range);
 
-    double lower_;
-    double upper_;
+    double lower_ = -std::numeric_limits<double>::infinity();
+    double upper_ = std::numeric_limits<double>::infinity();
 };
 
 /// Exchanges a version byte (0; any other throws vxArchive::UnknownVersion), the lower and the upper bound.
