@@ -8,48 +8,70 @@
 #include <ostream>
 #include <utility>
 
-vxArchive& vxArchive::operator||(long& value) {
-    if (storing_ != nullptr) {
-        storing_->putSigned(value);
+void detail::ArchiveAccess::fail(const vxArchive& archive) noexcept {
+    if (archive.storing_ != nullptr) {
+        archive.storing_->fail();
     } else {
-        value = loading_->getSigned();
+        archive.loading_->fail();
     }
+}
+
+bool detail::isLoading(const vxArchive& archive) noexcept {
+    return archive.isLoading();
+}
+
+vxArchive& vxArchive::operator||(long& value) {
+    detail::guarded(*this, [&] {
+        if (storing_ != nullptr) {
+            storing_->putSigned(value);
+        } else {
+            value = loading_->getSigned();
+        }
+    });
     return *this;
 }
 
 vxArchive& vxArchive::operator||(unsigned long& value) {
-    if (storing_ != nullptr) {
-        storing_->putUnsigned(value);
-    } else {
-        value = loading_->getUnsigned();
-    }
+    detail::guarded(*this, [&] {
+        if (storing_ != nullptr) {
+            storing_->putUnsigned(value);
+        } else {
+            value = loading_->getUnsigned();
+        }
+    });
     return *this;
 }
 
 vxArchive& vxArchive::operator||(double& value) {
-    if (storing_ != nullptr) {
-        storing_->putDouble(value);
-    } else {
-        value = loading_->getDouble();
-    }
+    detail::guarded(*this, [&] {
+        if (storing_ != nullptr) {
+            storing_->putDouble(value);
+        } else {
+            value = loading_->getDouble();
+        }
+    });
     return *this;
 }
 
 vxArchive& vxArchive::operator||(std::wstring& value) {
-    if (storing_ != nullptr) {
-        storing_->putText(value);
-    } else {
-        value = loading_->getText();
-    }
+    detail::guarded(*this, [&] {
+        if (storing_ != nullptr) {
+            storing_->putText(value);
+        } else {
+            value = loading_->getText();
+        }
+    });
     return *this;
 }
 
 vxArchive& operator||(vxArchive& archive, unsigned char& value) {
-    if (detail::StoringCore* core = detail::ArchiveAccess::storing(archive)) {
-        core->putByte(value);
-    } else {
-        value = detail::ArchiveAccess::loading(archive)->getByte();
-    }
+    detail::guarded(archive, [&] {
+        if (detail::StoringCore* core = detail::ArchiveAccess::storing(archive)) {
+            core->putByte(value);
+        } else {
+            value = detail::ArchiveAccess::loading(archive)->getByte();
+        }
+    });
     return archive;
 }
 
@@ -70,8 +92,6 @@ void vxStoringArchive::finish() {
         bytes_ = std::move(sealed);
         return;
     }
-    // A stream that its owner told to throw reports errors in its own way; without that it only remembers
-    // them.
     destination_->write(reinterpret_cast<const char*>(sealed.data()),
                         static_cast<std::streamsize>(sealed.size()));
     destination_->flush();

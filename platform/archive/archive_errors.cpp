@@ -55,3 +55,4 @@ VXCLASSIFIER_ARCHIVE_ERROR(TooLarge, tooLarge);
 VXCLASSIFIER_ARCHIVE_ERROR(NotRepresentable, notRepresentable);
 VXCLASSIFIER_ARCHIVE_ERROR(WriteFailed, writeFailed);
 VXCLASSIFIER_ARCHIVE_ERROR(Misuse, misuse);
+VXCLASSIFIER_ARCHIVE_ERROR(ReadFailed, readFailed);

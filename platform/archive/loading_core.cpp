@@ -7,10 +7,24 @@
 #include "platform/status/code_points.h"
 
 #include <algorithm>
-#include <memory>
 #include <utility>
 
 namespace detail {
+
+namespace {
+
+/// A class name out of an archive as a message may show it: it can hold anything and be of any length.
+std::wstring shown(const std::string& name) {
+    constexpr std::size_t most = 200;
+    std::wstring text;
+    for (const char character : name.substr(0, most)) {
+        const bool isPrintable = character >= ' ' && character <= '~';
+        text.push_back(isPrintable ? static_cast<wchar_t>(character) : L'?');
+    }
+    return name.size() <= most ? text : text + L"...";
+}
+
+} // namespace
 
 LoadingCore::LoadingCore(const unsigned char* archive, std::size_t size) {
     verifyFrame(archive, size);
@@ -31,7 +45,7 @@ void LoadingCore::requireUsable() const {
     }
 }
 
-const unsigned char* LoadingCore::take(std::size_t size) {
+const unsigned char* LoadingCore::takeBytes(std::size_t size) {
     requireUsable();
     if (left() < size) {
         throw vxArchive::ShortData(L"The archive holds fewer bytes than are to be read.");
@@ -40,23 +54,23 @@ const unsigned char* LoadingCore::take(std::size_t size) {
 }
 
 unsigned char LoadingCore::getByte() {
-    return *take(1);
+    return *takeBytes(1);
 }
 
 long LoadingCore::getSigned() {
-    return static_cast<std::int32_t>(getLittleEndian<std::uint32_t>(take(sizeof(std::uint32_t))));
+    return static_cast<std::int32_t>(getLittleEndian<std::uint32_t>(takeBytes(sizeof(std::uint32_t))));
 }
 
 unsigned long LoadingCore::getUnsigned() {
-    return getLittleEndian<std::uint32_t>(take(sizeof(std::uint32_t)));
+    return getLittleEndian<std::uint32_t>(takeBytes(sizeof(std::uint32_t)));
 }
 
 double LoadingCore::getDouble() {
-    return doubleOf(getLittleEndian<std::uint64_t>(take(sizeof(double))));
+    return doubleOf(getLittleEndian<std::uint64_t>(takeBytes(sizeof(double))));
 }
 
 void LoadingCore::getDoubles(double* values, std::size_t count) {
-    const unsigned char* from = take(count * sizeof(double));
+    const unsigned char* from = takeBytes(count * sizeof(double));
     for (std::size_t i = 0; i < count; ++i) {
         values[i] = doubleOf(getLittleEndian<std::uint64_t>(from + i * sizeof(double)));
     }
@@ -65,7 +79,7 @@ void LoadingCore::getDoubles(double* values, std::size_t count) {
 std::wstring LoadingCore::getText() {
     const unsigned long count = getUnsigned();
     requireElements(count, sizeof(std::uint32_t));
-    const unsigned char* from = take(count * sizeof(std::uint32_t));
+    const unsigned char* from = takeBytes(count * sizeof(std::uint32_t));
     std::vector<std::uint32_t> points(count);
     for (unsigned long i = 0; i < count; ++i) {
         points[i] = getLittleEndian<std::uint32_t>(from + i * sizeof(std::uint32_t));
@@ -91,49 +105,64 @@ vxPersistent* LoadingCore::getPointer(vxArchive& archive) {
     const unsigned long newRecords = getUnsigned();
     constexpr std::size_t leastRecord = sizeof(std::uint32_t) + sizeof(std::uint64_t);
     requireElements(newRecords, leastRecord);
-    try {
-        for (unsigned long i = 0; i < newRecords; ++i) {
-            getRecord(archive);
-        }
-        return resolve(getUnsigned());
-    } catch (...) {
-        fail();
-        throw;
+    for (unsigned long i = 0; i < newRecords; ++i) {
+        getRecord(archive);
     }
+    const unsigned long number = getUnsigned();
+    if (newRecords > 0 && number < records_) {
+        throw vxArchive::CorruptData(L"The archive holds objects that nothing refers to.");
+    }
+    return resolve(number);
 }
 
 void LoadingCore::getRecord(vxArchive& archive) {
-    const MakeFunction make = getClass();
-    const std::uint64_t size = getLittleEndian<std::uint64_t>(take(sizeof(std::uint64_t)));
+    const MakeFunction makeObject = getClass();
+    const std::uint64_t size = getLittleEndian<std::uint64_t>(takeBytes(sizeof(std::uint64_t)));
     requireElements(size, 1);
-    records_.reserve(records_.size() + 1); // keep() must not fail once the object is there
-    std::unique_ptr<vxPersistent> object(make());
-    fillRecord(archive, *object, size);
-    keep(*object.release());
+    make(makeObject);
+    fill(archive, *made_.back().object, size);
+    ++records_;
 }
 
 MakeFunction LoadingCore::getClass() {
     const unsigned long number = getUnsigned();
-    if (number < classes_.size()) {
-        return classes_[number];
-    }
     if (number > classes_.size()) {
         throw vxArchive::CorruptData(L"The archive uses a class before it names it.");
     }
-    const unsigned long length = getUnsigned();
-    requireElements(length, 1);
-    const unsigned char* first = take(length);
-    const std::string name(first, first + length);
-    const MakeFunction make = findClass(name);
-    if (make == nullptr) {
-        throw vxArchive::UnknownClass(L"The archive holds an object of the unknown class " + widened(name) +
-                                      L".");
-    }
-    classes_.push_back(make);
-    return make;
+    return number < classes_.size() ? classes_[number].make : nameClass();
 }
 
-void LoadingCore::fillRecord(vxArchive& archive, vxPersistent& object, std::uint64_t size) {
+MakeFunction LoadingCore::nameClass() {
+    const unsigned long length = getUnsigned();
+    requireElements(length, 1);
+    const unsigned char* first = takeBytes(length);
+    const std::string name(first, first + length);
+    const MakeFunction makeObject = findClass(name);
+    if (makeObject == nullptr) {
+        throw vxArchive::UnknownClass(L"The archive holds an object of the unknown class " + shown(name) +
+                                      L".");
+    }
+    const auto isSame = [&name](const NamedClass& other) { return other.name == name; };
+    if (std::any_of(classes_.begin(), classes_.end(), isSame)) {
+        throw vxArchive::CorruptData(L"The archive names a class twice.");
+    }
+    classes_.push_back(NamedClass{name, makeObject});
+    return makeObject;
+}
+
+/// Makes the object of the next record. It belongs to the archive from the first moment, so that it neither
+/// leaks when its record turns out bad nor goes away when it shares itself for a while.
+void LoadingCore::make(MakeFunction makeObject) {
+    made_.emplace_back();
+    Made& made = made_.back();
+    made.object = makeObject();
+    made.rep = dynamic_cast<const vxRepBase*>(made.object);
+    if (made.rep != nullptr) {
+        vx_PtrHandleBase_RepAccessor::share(*made.rep);
+    }
+}
+
+void LoadingCore::fill(vxArchive& archive, vxPersistent& object, std::uint64_t size) {
     const unsigned char* outerEnd = std::exchange(end_, next_ + size);
     const VisitedScope scope;
     inRecord_ = true;
@@ -146,57 +175,56 @@ void LoadingCore::fillRecord(vxArchive& archive, vxPersistent& object, std::uint
     object.reInit();
 }
 
-void LoadingCore::keep(vxPersistent& object) {
-    const auto* rep = dynamic_cast<const vxRepBase*>(&object);
-    if (rep != nullptr) {
-        vx_PtrHandleBase_RepAccessor::share(*rep);
-    }
-    records_.push_back(Loaded{&object, rep, false});
-}
-
 /// The object of a record that is complete. Inside a record that means an earlier one.
 vxPersistent* LoadingCore::resolve(unsigned long number) {
+    lastResolved_ = number;
     if (number == 0) {
         return nullptr;
     }
-    if (number > records_.size()) {
+    if (number > records_) {
         throw vxArchive::BadReference(
             L"The archive refers to an object that does not stand before the reference.");
     }
-    Loaded& loaded = records_[number - 1];
-    if (loaded.rep == nullptr) {
-        if (loaded.taken && !uncounted_.tracks(*loaded.object)) {
-            throw vxArchive::BadReference(L"The archive refers to an object that is gone already.");
-        }
-        uncounted_.track(*loaded.object, static_cast<std::uint32_t>(number));
-        loaded.taken = true;
+    Made& made = made_[number - 1];
+    if (made.rep == nullptr) {
+        giveAway(made, static_cast<std::uint32_t>(number));
     }
-    return loaded.object;
+    return made.object;
 }
 
-void LoadingCore::leave(vxPersistent* object) noexcept {
-    // What is left is usually the object loaded last.
-    const auto found = std::find_if(records_.rbegin(), records_.rend(), [object](const Loaded& loaded) {
-        return loaded.object == object && loaded.rep == nullptr;
-    });
-    if (found != records_.rend()) {
-        found->taken = false;
+/// Hands out an object that is not counted. From now on it may go at any moment.
+void LoadingCore::giveAway(Made& made, std::uint32_t number) {
+    if (made.takers > 0 && uncounted_.numberAt(made.object) != number) {
+        throw vxArchive::BadReference(L"The archive refers to an object that is gone already.");
+    }
+    uncounted_.track(*made.object, number);
+    ++made.takers;
+}
+
+void LoadingCore::leaveLast() noexcept {
+    Made& made = made_[lastResolved_ - 1];
+    if (made.rep == nullptr) {
+        --made.takers;
     }
 }
 
 void LoadingCore::releaseAll() noexcept {
-    for (const Loaded& loaded : records_) {
-        if (loaded.rep != nullptr) {
-            vx_PtrHandleBase_RepAccessor::release(*loaded.rep);
-        } else if (!loaded.taken) {
-            delete loaded.object;
+    uncounted_.forgetAll();
+    for (const Made& made : made_) {
+        if (made.rep != nullptr) {
+            vx_PtrHandleBase_RepAccessor::release(*made.rep);
+        } else if (made.takers == 0) {
+            delete made.object;
         }
     }
-    records_.clear();
+    made_.clear();
 }
 
 void LoadingCore::finish() {
     requireUsable();
+    if (inRecord_) {
+        throw vxArchive::Misuse(L"An archive cannot be finished from within an object.");
+    }
     usable_ = false;
     releaseAll();
     if (next_ != end_) {

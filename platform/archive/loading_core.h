@@ -46,32 +46,39 @@ public:
     /// Throws vxArchive::Misuse when the archive is finished, or was left in the middle of an object.
     void requireUsable() const;
 
-    /// Whoever asked for this object, which was loaded last, does not take it.
-    void leave(vxPersistent* object) noexcept;
+    /// Whoever asked for the pointer that was read last does not take the object.
+    void leaveLast() noexcept;
 
-    /// An object was left half read: the archive cannot be used any more.
+    /// Something was left half read: the archive cannot be used any more.
     void fail() noexcept { usable_ = false; }
 
     /// Throws vxArchive::CorruptData when bytes are left. Gives up the objects.
     void finish();
 
 private:
-    /// A loaded object. A share of a counted one is kept, so that its address is not used again; one that is
-    /// not counted belongs to the archive until somebody takes it, and is tracked from then on.
-    struct Loaded {
-        vxPersistent* object;
-        const vxRepBase* rep; // null for an object that is not counted
-        bool taken;
+    /// An object made for a record. A share of a counted one is kept, so that its address is not used again.
+    /// One that is not counted belongs to the archive until somebody takes it, and is tracked from then on.
+    struct Made {
+        vxPersistent* object = nullptr;
+        const vxRepBase* rep = nullptr; // null for an object that is not counted
+        unsigned long takers = 0;       // of one that is not counted
     };
 
-    const unsigned char* take(std::size_t size);
+    struct NamedClass {
+        std::string name;
+        MakeFunction make;
+    };
+
+    const unsigned char* takeBytes(std::size_t size);
     std::size_t left() const noexcept { return static_cast<std::size_t>(end_ - next_); }
 
     void getRecord(vxArchive& archive);
     MakeFunction getClass();
-    void fillRecord(vxArchive& archive, vxPersistent& object, std::uint64_t size);
-    void keep(vxPersistent& object);
+    MakeFunction nameClass();
+    void make(MakeFunction makeObject);
+    void fill(vxArchive& archive, vxPersistent& object, std::uint64_t size);
     vxPersistent* resolve(unsigned long number);
+    void giveAway(Made& made, std::uint32_t number);
     void releaseAll() noexcept;
 
     const std::vector<unsigned char> owned_;
@@ -79,8 +86,10 @@ private:
     const unsigned char* end_; // of the record that is being read, or of the payload
     bool inRecord_ = false;
     bool usable_ = true;
-    std::vector<MakeFunction> classes_; // by class number
-    std::vector<Loaded> records_;       // record n at n - 1
+    std::vector<NamedClass> classes_; // by class number; no name twice
+    std::vector<Made> made_;          // that of record n at n - 1
+    std::size_t records_ = 0;         // how many are complete; one more may be under way
+    unsigned long lastResolved_ = 0;  // the record that the last pointer named
     ObjectTracker uncounted_;
 };
 

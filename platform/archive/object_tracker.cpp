@@ -2,83 +2,77 @@
 
 #include "platform/archive/persistent_access.h"
 
-#include <map>
-#include <mutex>
-#include <utility>
+#include <algorithm>
+#include <vector>
 
 namespace detail {
 
 namespace {
 
-// Ordered by object first, so that all archives that know an object stand together.
-using Key = std::pair<const vxPersistent*, const ObjectTracker*>;
-
-struct Tracked {
-    vxPersistent* object;
-    std::uint32_t record;
-};
-
-struct Table {
-    std::mutex mutex;
-    std::map<Key, Tracked> entries;
+struct LiveTrackers {
+    std::mutex mutex; // taken before that of any tracker
+    std::vector<ObjectTracker*> all;
 };
 
 // Never destroyed: objects with static storage may report themselves after the end of main().
-Table& table() {
-    static Table& instance = *new Table;
+LiveTrackers& liveTrackers() {
+    static LiveTrackers& instance = *new LiveTrackers;
     return instance;
-}
-
-bool isKnown(const Table& all, const vxPersistent& object) {
-    const auto entry = all.entries.lower_bound(Key(&object, nullptr));
-    return entry != all.entries.end() && entry->first.first == &object;
 }
 
 } // namespace
 
+ObjectTracker::ObjectTracker() {
+    LiveTrackers& live = liveTrackers();
+    const std::lock_guard<std::mutex> lock(live.mutex);
+    live.all.push_back(this);
+}
+
 ObjectTracker::~ObjectTracker() {
-    Table& all = table();
-    const std::lock_guard<std::mutex> lock(all.mutex);
-    for (auto entry = all.entries.begin(); entry != all.entries.end();) {
-        if (entry->first.second != this) {
-            ++entry;
-            continue;
-        }
-        vxPersistent& object = *entry->second.object;
-        entry = all.entries.erase(entry);
-        if (!isKnown(all, object)) {
-            PersistentAccess::markTracked(object, false);
-        }
+    // In this order: an object whose destructor finds itself tracked must still find the tracker.
+    forgetAll();
+    LiveTrackers& live = liveTrackers();
+    const std::lock_guard<std::mutex> lock(live.mutex);
+    live.all.erase(std::find(live.all.begin(), live.all.end(), this));
+}
+
+void ObjectTracker::track(const vxPersistent& object, std::uint32_t number) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const auto [entry, isNew] = numbers_.try_emplace(&object, number);
+    if (isNew) {
+        PersistentAccess::addTracker(object);
+    } else {
+        entry->second = number;
     }
 }
 
-void ObjectTracker::track(vxPersistent& object, std::uint32_t record) {
-    Table& all = table();
-    const std::lock_guard<std::mutex> lock(all.mutex);
-    all.entries[Key(&object, this)] = Tracked{&object, record};
-    PersistentAccess::markTracked(object, true);
+std::uint32_t ObjectTracker::numberAt(const vxPersistent* object) const noexcept {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const auto entry = numbers_.find(object);
+    return entry == numbers_.end() ? unknown : entry->second;
 }
 
-bool ObjectTracker::tracks(const vxPersistent& object) const noexcept {
-    Table& all = table();
-    const std::lock_guard<std::mutex> lock(all.mutex);
-    return all.entries.count(Key(&object, this)) != 0;
-}
-
-std::uint32_t ObjectTracker::record(const vxPersistent& object) const noexcept {
-    Table& all = table();
-    const std::lock_guard<std::mutex> lock(all.mutex);
-    return all.entries.find(Key(&object, this))->second.record;
-}
-
-void ObjectTracker::forgetEverywhere(vxPersistent& object) noexcept {
-    Table& all = table();
-    const std::lock_guard<std::mutex> lock(all.mutex);
-    auto entry = all.entries.lower_bound(Key(&object, nullptr));
-    while (entry != all.entries.end() && entry->first.first == &object) {
-        entry = all.entries.erase(entry);
+void ObjectTracker::forgetAll() noexcept {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    for (const auto& entry : numbers_) {
+        PersistentAccess::removeTracker(*entry.first);
     }
-    PersistentAccess::markTracked(object, false);
+    numbers_.clear();
+}
+
+void ObjectTracker::forget(const vxPersistent& object) noexcept {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (numbers_.erase(&object) != 0) {
+        PersistentAccess::removeTracker(object);
+    }
+}
+
+void ObjectTracker::forgetEverywhere(const vxPersistent& object) noexcept {
+    LiveTrackers& live = liveTrackers();
+    const std::lock_guard<std::mutex> lock(live.mutex);
+    for (ObjectTracker* tracker : live.all) {
+        tracker->forget(object);
+    }
 }
 
 } // namespace detail

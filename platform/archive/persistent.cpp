@@ -34,11 +34,13 @@ void vxPersistent::loadSimple(vxArchive& archive) {
 }
 
 void vxPersistent::serializePointer(vxArchive& archive, vxPersistent* in, vxPersistent*& out) {
-    if (detail::StoringCore* core = detail::ArchiveAccess::storing(archive)) {
-        core->putPointer(archive, in);
-    } else {
-        out = detail::ArchiveAccess::loading(archive)->getPointer(archive);
-    }
+    detail::guarded(archive, [&] {
+        if (detail::StoringCore* core = detail::ArchiveAccess::storing(archive)) {
+            core->putPointer(archive, in);
+        } else {
+            out = detail::ArchiveAccess::loading(archive)->getPointer(archive);
+        }
+    });
 }
 
 bool vxPersistent::haveVisited(const void* object, std::size_t size) noexcept {
@@ -57,22 +59,12 @@ void vxPersistent::mutating_() noexcept {
 }
 
 vxArchive& operator||(vxArchive& archive, vxPersistent& object) {
-    detail::StoringCore* storing = detail::ArchiveAccess::storing(archive);
-    detail::LoadingCore* loading = detail::ArchiveAccess::loading(archive);
     const detail::VisitedScope scope;
-    try {
+    detail::guarded(archive, [&] {
         detail::PersistentAccess::dispatchSerialize(object, archive);
-        if (loading != nullptr) {
+        if (archive.isLoading()) {
             object.reInit();
         }
-    } catch (...) {
-        // What follows a half exchanged object would be misread.
-        if (storing != nullptr) {
-            storing->fail();
-        } else {
-            loading->fail();
-        }
-        throw;
-    }
+    });
     return archive;
 }

@@ -4,6 +4,8 @@
 #include <vxclassifier/platform/archive.h>
 #include <vxclassifier/platform/persistent.h>
 
+#include <atomic>
+
 namespace detail {
 
 /// The archive's own way to what only it may do with a persistent object.
@@ -13,8 +15,12 @@ public:
         object.dispatchSerialize(archive);
     }
 
-    static void markTracked(vxPersistent& object, bool tracked) noexcept {
-        object.tracked_.store(tracked, std::memory_order_relaxed);
+    static void addTracker(const vxPersistent& object) noexcept {
+        object.trackers_.fetch_add(1, std::memory_order_relaxed);
+    }
+    /// Whoever then finds the object untracked, and destroys it, does so after this.
+    static void removeTracker(const vxPersistent& object) noexcept {
+        object.trackers_.fetch_sub(1, std::memory_order_release);
     }
 };
 
@@ -23,7 +29,22 @@ class ArchiveAccess {
 public:
     static StoringCore* storing(const vxArchive& archive) noexcept { return archive.storing_; }
     static LoadingCore* loading(const vxArchive& archive) noexcept { return archive.loading_; }
+
+    /// Makes the archive unusable.
+    static void fail(const vxArchive& archive) noexcept;
 };
+
+/// Runs one exchange with the archive. After an exception something may be half written or half read, and
+/// what follows would be misread, so the archive cannot be used any more.
+template <class Exchange>
+void guarded(const vxArchive& archive, Exchange exchange) {
+    try {
+        exchange();
+    } catch (...) {
+        ArchiveAccess::fail(archive);
+        throw;
+    }
+}
 
 } // namespace detail
 

@@ -16,7 +16,7 @@ namespace detail {
 StoringCore::StoringCore() : archive_(frameSize) {}
 
 StoringCore::~StoringCore() {
-    releaseKept();
+    releaseMet();
 }
 
 void StoringCore::requireUsable() const {
@@ -63,53 +63,83 @@ void StoringCore::putDoubles(const double* values, std::size_t count) {
 }
 
 void StoringCore::putText(const std::wstring& text) {
+    requireUsable();
     const std::vector<std::uint32_t> points = codePoints(text);
+    if (points.size() > std::numeric_limits<std::uint32_t>::max()) {
+        throw vxArchive::TooLarge(L"An archive counts the characters of a text with 32 bits only.");
+    }
     for (const std::uint32_t point : points) {
         if (point > lastCodePoint) {
             throw vxArchive::NotRepresentable(L"A text holds a character that is no Unicode code point.");
         }
     }
-    putUnsigned(points.size());
+    std::vector<unsigned char>& to = target();
+    appendLittleEndian(to, static_cast<std::uint32_t>(points.size()));
     for (const std::uint32_t point : points) {
-        appendLittleEndian(target(), point);
+        appendLittleEndian(to, point);
     }
 }
 
 void StoringCore::putPointer(vxArchive& archive, vxPersistent* object) {
     requireUsable();
+    const std::uint32_t met = meet(object);
     if (inRecord_) {
-        references_.push_back(Reference{scratch_.size(), object});
+        references_.push_back(Reference{scratch_.size(), met});
         appendLittleEndian(scratch_, std::uint32_t{0});
         return;
     }
     const std::size_t countOffset = archive_.size();
     const std::uint32_t before = records_;
     appendLittleEndian(archive_, std::uint32_t{0});
-    if (object != nullptr && progress(*object) == Progress::unknown) {
-        putGraph(archive, *object);
+    if (met != nothing && met_[met].progress == Progress::met) {
+        putGraph(archive, met);
     }
     putLittleEndian(archive_.data() + countOffset, records_ - before);
-    appendLittleEndian(archive_, object == nullptr ? 0 : recordNumber(*object));
+    appendLittleEndian(archive_, recordOf(met));
 }
 
-void StoringCore::putGraph(vxArchive& archive, vxPersistent& root) {
-    try {
-        begin(archive, root);
-        while (!pending_.empty()) {
-            advance(archive);
+/// The place of the object in met_, or `nothing` for null.
+std::uint32_t StoringCore::meet(vxPersistent* object) {
+    if (object == nullptr) {
+        return nothing;
+    }
+    if (object->isTracked_()) {
+        const std::uint32_t known = tracker_.numberAt(object);
+        if (known != ObjectTracker::unknown) {
+            return known;
         }
-    } catch (...) {
-        // There are records without the reference that should follow them.
-        fail();
-        throw;
+    }
+    if (met_.size() == nothing) {
+        throw vxArchive::TooLarge(L"An archive cannot hold more objects.");
+    }
+    const std::uint32_t met = static_cast<std::uint32_t>(met_.size());
+    met_.push_back(Met{object, nullptr, Progress::met, 0});
+    // An object without any share may be a local variable: a share of ours would delete it when given back.
+    const auto* rep = dynamic_cast<const vxRepBase*>(object);
+    if (rep != nullptr && vx_PtrHandleBase_RepAccessor::count(*rep) > 0) {
+        vx_PtrHandleBase_RepAccessor::share(*rep);
+        met_.back().rep = rep;
+    }
+    tracker_.track(*object, met);
+    return met;
+}
+
+void StoringCore::putGraph(vxArchive& archive, std::uint32_t root) {
+    begin(archive, root);
+    while (!pending_.empty()) {
+        advance(archive);
     }
 }
 
 /// Writes the object's own bytes to the scratch buffer; its references are noted, not followed.
-void StoringCore::begin(vxArchive& archive, vxPersistent& object) {
-    classOf(object); // an unregistered class is refused before anything of it is written
-    remember(object, 0);
-    pending_.push_back(Pending{&object, scratch_.size(), references_.size(), references_.size()});
+void StoringCore::begin(vxArchive& archive, std::uint32_t met) {
+    if (met_[met].rep == nullptr && tracker_.numberAt(met_[met].object) != met) {
+        throw vxArchive::BadReference(L"An object to be stored was gone before it could be written.");
+    }
+    vxPersistent& object = *met_[met].object;
+    StoredClass& type = classOf(object); // an unregistered class is refused before anything of it is written
+    met_[met].progress = Progress::pending;
+    pending_.push_back(Pending{met, &type, scratch_.size(), references_.size(), references_.size()});
     const VisitedScope scope;
     inRecord_ = true;
     PersistentAccess::dispatchSerialize(object, archive);
@@ -121,18 +151,18 @@ void StoringCore::begin(vxArchive& archive, vxPersistent& object) {
 void StoringCore::advance(vxArchive& archive) {
     Pending& top = pending_.back();
     while (top.nextReference < references_.size()) {
-        vxPersistent* next = references_[top.nextReference].object;
+        const std::uint32_t next = references_[top.nextReference].met;
         ++top.nextReference;
-        if (next == nullptr) {
+        if (next == nothing) {
             continue;
         }
-        switch (progress(*next)) {
+        switch (met_[next].progress) {
         case Progress::recorded:
             continue;
         case Progress::pending:
             throw vxArchive::BadReference(L"The objects to be stored refer to each other in a circle.");
-        case Progress::unknown:
-            begin(archive, *next); // `top` may be gone
+        case Progress::met:
+            begin(archive, next); // `top` may be gone
             return;
         }
     }
@@ -140,24 +170,19 @@ void StoringCore::advance(vxArchive& archive) {
 }
 
 /// All that the innermost object refers to has its record: fills in the numbers and moves its bytes to the
-/// payload.
+/// payload. The object itself is not touched any more.
 void StoringCore::complete() {
     const Pending done = pending_.back();
     for (std::size_t i = done.firstReference; i < references_.size(); ++i) {
-        const Reference& reference = references_[i];
-        if (reference.object != nullptr) {
-            putLittleEndian(scratch_.data() + reference.offset, recordNumber(*reference.object));
-        }
+        putLittleEndian(scratch_.data() + references_[i].offset, recordOf(references_[i].met));
     }
-    if (records_ == std::numeric_limits<std::uint32_t>::max()) {
-        throw vxArchive::TooLarge(L"An archive cannot hold more objects.");
-    }
-    putClass(classOf(*done.object));
+    putClass(*done.type);
     appendLittleEndian(archive_, std::uint64_t{scratch_.size() - done.firstByte});
     archive_.insert(archive_.end(), scratch_.begin() + static_cast<std::ptrdiff_t>(done.firstByte),
                     scratch_.end());
 
-    remember(*done.object, ++records_);
+    met_[done.met].progress = Progress::recorded;
+    met_[done.met].record = ++records_;
     scratch_.resize(done.firstByte);
     references_.resize(done.firstReference);
     pending_.pop_back();
@@ -189,48 +214,27 @@ void StoringCore::putClass(StoredClass& stored) {
     archive_.insert(archive_.end(), stored.name.begin(), stored.name.end());
 }
 
-StoringCore::Progress StoringCore::progress(const vxPersistent& object) const {
-    const auto known = counted_.find(&object);
-    if (known == counted_.end() && !(object.isTracked_() && uncounted_.tracks(object))) {
-        return Progress::unknown;
-    }
-    return recordNumber(object) == 0 ? Progress::pending : Progress::recorded;
+std::uint32_t StoringCore::recordOf(std::uint32_t met) const {
+    return met == nothing ? 0 : met_[met].record;
 }
 
-std::uint32_t StoringCore::recordNumber(const vxPersistent& object) const {
-    const auto known = counted_.find(&object);
-    return known != counted_.end() ? known->second : uncounted_.record(object);
-}
-
-void StoringCore::remember(vxPersistent& object, std::uint32_t record) {
-    const auto known = counted_.find(&object);
-    if (known != counted_.end()) {
-        known->second = record;
-        return;
+void StoringCore::releaseMet() noexcept {
+    tracker_.forgetAll();
+    for (const Met& met : met_) {
+        if (met.rep != nullptr) {
+            vx_PtrHandleBase_RepAccessor::release(*met.rep);
+        }
     }
-    // An object without any share may be a local variable: a share of ours would delete it when given back.
-    const auto* rep = dynamic_cast<const vxRepBase*>(&object);
-    const bool shared = rep != nullptr && vx_PtrHandleBase_RepAccessor::count(*rep) > 0;
-    if (!shared || uncounted_.tracks(object)) {
-        uncounted_.track(object, record);
-        return;
-    }
-    kept_.push_back(rep);
-    vx_PtrHandleBase_RepAccessor::share(*rep);
-    counted_.emplace(&object, record);
-}
-
-void StoringCore::releaseKept() noexcept {
-    for (const vxRepBase* rep : kept_) {
-        vx_PtrHandleBase_RepAccessor::release(*rep);
-    }
-    kept_.clear();
+    met_.clear();
 }
 
 std::vector<unsigned char> StoringCore::finish() {
     requireUsable();
+    if (inRecord_) {
+        throw vxArchive::Misuse(L"An archive cannot be finished from within an object.");
+    }
     usable_ = false;
-    releaseKept();
+    releaseMet();
     sealFrame(archive_);
     return std::move(archive_);
 }

@@ -38,28 +38,31 @@ public:
     void putText(const std::wstring& text);
     void putPointer(vxArchive& archive, vxPersistent* object);
 
-    /// An object was left half written: the archive cannot be used any more.
+    /// Something was left half written: the archive cannot be used any more.
     void fail() noexcept { usable_ = false; }
 
     /// Seals the archive and returns it; nothing can be written afterwards.
     std::vector<unsigned char> finish();
 
 private:
+    enum class Progress { met, pending, recorded };
+
+    /// An object that was met. A share of a counted one is kept, so that its address is not used again while
+    /// the archive lives. One that is not counted may be gone before its turn comes; the tracker then no
+    /// longer knows it.
+    struct Met {
+        vxPersistent* object;
+        const vxRepBase* rep; // null for an object that is not counted
+        Progress progress;
+        std::uint32_t record; // once recorded
+    };
+    static constexpr std::uint32_t nothing = ObjectTracker::unknown;
+
     /// A place in an unfinished record that will hold the number of another one.
     struct Reference {
         std::size_t offset; // in scratch_
-        vxPersistent* object;
+        std::uint32_t met;  // in met_, or `nothing` for a null pointer
     };
-
-    /// An object whose own bytes are complete, but not the records of all the objects that it refers to.
-    struct Pending {
-        vxPersistent* object;
-        std::size_t firstByte;      // in scratch_
-        std::size_t firstReference; // in references_
-        std::size_t nextReference;  // in references_; those before it have their records
-    };
-
-    enum class Progress { unknown, pending, recorded };
 
     /// A class that was met; it gets its number when the first record of it is complete.
     struct StoredClass {
@@ -68,20 +71,27 @@ private:
     };
     static constexpr std::uint32_t unnumbered = 0xffffffffU;
 
+    /// An object whose own bytes are complete, but not the records of all the objects that it refers to.
+    struct Pending {
+        std::uint32_t met; // in met_
+        StoredClass* type;
+        std::size_t firstByte;      // in scratch_
+        std::size_t firstReference; // in references_
+        std::size_t nextReference;  // in references_; those before it have their records
+    };
+
     void requireUsable() const;
     std::vector<unsigned char>& target() noexcept { return inRecord_ ? scratch_ : archive_; }
 
-    void putGraph(vxArchive& archive, vxPersistent& root);
-    void begin(vxArchive& archive, vxPersistent& object);
+    std::uint32_t meet(vxPersistent* object);
+    void putGraph(vxArchive& archive, std::uint32_t root);
+    void begin(vxArchive& archive, std::uint32_t met);
     void advance(vxArchive& archive);
     void complete();
     StoredClass& classOf(const vxPersistent& object);
     void putClass(StoredClass& stored);
-
-    Progress progress(const vxPersistent& object) const;
-    std::uint32_t recordNumber(const vxPersistent& object) const;
-    void remember(vxPersistent& object, std::uint32_t record);
-    void releaseKept() noexcept;
+    std::uint32_t recordOf(std::uint32_t met) const;
+    void releaseMet() noexcept;
 
     std::vector<unsigned char> archive_; // the frame's place, then the payload so far
     bool usable_ = true;
@@ -96,11 +106,8 @@ private:
     std::uint32_t numberedClasses_ = 0;
     std::uint32_t records_ = 0; // complete ones; they are numbered from 1
 
-    // The record of each object that was met, 0 while it is pending. A share of each counted object is kept,
-    // so that no address is used again while the archive lives; the others report themselves.
-    std::unordered_map<const vxPersistent*, std::uint32_t> counted_;
-    std::vector<const vxRepBase*> kept_;
-    ObjectTracker uncounted_;
+    std::vector<Met> met_;
+    ObjectTracker tracker_; // knows the objects of met_ by their places there
 };
 
 } // namespace detail

@@ -18,6 +18,7 @@ inline constexpr long tooLarge = 0x10000107;
 inline constexpr long notRepresentable = 0x10000108;
 inline constexpr long writeFailed = 0x10000109;
 inline constexpr long misuse = 0x1000010a;
+inline constexpr long readFailed = 0x1000010b;
 
 } // namespace detail::errorNumber
 

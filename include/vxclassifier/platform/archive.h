@@ -25,8 +25,8 @@ class ArchiveAccess;
 /// The bytes are the same on every machine (docs/archive-format.md). The numbers of type `long` are 32 bits
 /// wide in an archive.
 ///
-/// Initial state: open, in one direction. After finish(), and after an operation that failed halfway through
-/// a shared object, every operation throws vxArchive::Misuse.
+/// Initial state: open, in one direction. After finish(), and after an operation of the archive that failed
+/// (what follows a half exchanged value would be misread), every operation throws vxArchive::Misuse.
 ///
 /// Ownership: see the two derived classes.
 ///
@@ -45,6 +45,7 @@ public:
     class NotRepresentable;
     class WriteFailed;
     class Misuse;
+    class ReadFailed;
 
     vxArchive(const vxArchive&) = delete;
     vxArchive& operator=(const vxArchive&) = delete;
@@ -58,8 +59,9 @@ public:
     vxArchive& operator||(unsigned long& value);
     /// A double, bit for bit, NaN payloads included.
     vxArchive& operator||(double& value);
-    /// A text: a 32-bit count and one 32-bit Unicode code point per character. Storing a character that is no
-    /// code point throws NotRepresentable, loading one throws CorruptData.
+    /// A text: a 32-bit count and one 32-bit Unicode code point per character. Storing a character beyond the
+    /// last code point throws NotRepresentable, loading one throws CorruptData. Half of a surrogate pair
+    /// passes, since a text can hold one.
     vxArchive& operator||(std::wstring& value);
 
 protected:
@@ -89,7 +91,8 @@ public:
     /// Writes to memory: bytes() after finish().
     vxStoringArchive();
 
-    /// Writes to a binary stream, in finish().
+    /// Writes to a binary stream, in finish(). A stream that its owner told to throw does so instead of
+    /// vxArchive::WriteFailed.
     explicit vxStoringArchive(std::ostream& destination);
 
     ~vxStoringArchive();
@@ -127,7 +130,8 @@ public:
     explicit vxLoadingArchive(const std::vector<unsigned char>& bytes);
     explicit vxLoadingArchive(std::vector<unsigned char>&&) = delete;
 
-    /// Reads a binary stream, which must hold nothing else, to its end.
+    /// Reads a binary stream, which must hold nothing else, to its end. A stream that its owner told to throw
+    /// at its end does so.
     explicit vxLoadingArchive(std::istream& source);
 
     ~vxLoadingArchive();
@@ -181,6 +185,7 @@ private:
     long line_;
 };
 
+// Initial state of each: the given message. Ownership and threads: as for vxException.
 #define VXCLASSIFIER_ARCHIVE_ERROR(Name)                                                                     \
     class VXCLASSIFIER_API vxArchive::Name : public vxArchive::Errors {                                      \
     public:                                                                                                  \
@@ -210,6 +215,8 @@ VXCLASSIFIER_ARCHIVE_ERROR(NotRepresentable);
 VXCLASSIFIER_ARCHIVE_ERROR(WriteFailed);
 /// An operation that the archive's state or direction does not allow.
 VXCLASSIFIER_ARCHIVE_ERROR(Misuse);
+/// A file could not be read.
+VXCLASSIFIER_ARCHIVE_ERROR(ReadFailed);
 
 #undef VXCLASSIFIER_ARCHIVE_ERROR
 

@@ -10,8 +10,8 @@ class vxArchive;
 
 namespace detail {
 
-/// Tells the archive that an object which it just loaded is not taken by whoever asked for it.
-VXCLASSIFIER_API void leaveWithArchive(vxArchive& archive, vxPersistent* object) noexcept;
+/// Tells the archive that whoever asked for the pointer that it loaded last does not take the object.
+VXCLASSIFIER_API void leaveWithArchive(vxArchive& archive) noexcept;
 
 template <class T, class Handle>
 vxArchive& exchangeHandle(vxArchive& archive, Handle& handle) {
@@ -28,7 +28,7 @@ vxArchive& exchangeHandle(vxArchive& archive, Handle& handle) {
         if (T* object = dynamic_cast<T*>(loaded)) {
             handle.reset(object);
         } else {
-            leaveWithArchive(archive, loaded);
+            leaveWithArchive(archive);
         }
     }
     return archive;

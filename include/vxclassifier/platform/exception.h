@@ -41,7 +41,8 @@ protected:
     void serialize_(vxArchive& archive, unsigned char version);
 
 public:
-    /// The message as UTF-8; valid as long as this object.
+    /// The message as UTF-8, valid until this object changes or goes. A class that keeps its message in a
+    /// form of its own overrides this together with message_; here it is empty.
     const char* what() const noexcept override;
 
     /// The message as the derived class writes it.

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <typeinfo>
 
 class vxArchive;
@@ -67,12 +68,13 @@ public:
     static void setVisited(const void* object, std::size_t size);
 
     /// Tells the archives that track this object that it is about to change or to go: they forget it, so that
-    /// storing it again writes it anew and a later reference to it is refused. To be called while
+    /// storing it again writes it anew and a loaded reference to it is refused. To be called while
     /// isTracked_() is true.
     void mutating_() noexcept;
 
-    /// Whether an archive that is not yet finished knows this object by its address.
-    bool isTracked_() const noexcept { return tracked_.load(std::memory_order_relaxed); }
+    /// Whether an archive that is not yet finished relies on this object staying as it is: one in which it
+    /// was stored by pointer, or from which it was loaded by pointer without being counted.
+    bool isTracked_() const noexcept { return trackers_.load(std::memory_order_acquire) != 0; }
 
 protected:
     vxPersistent() noexcept = default;
@@ -82,7 +84,9 @@ protected:
 private:
     friend class detail::PersistentAccess;
 
-    std::atomic<bool> tracked_{false};
+    // How many archives track this object; changed through const references too, since storing an object
+    // does not change it in any other way.
+    mutable std::atomic<std::uint32_t> trackers_{0};
 };
 
 /// Registers a concrete class with the archive for as long as it lives: the class can then be stored and
@@ -96,7 +100,7 @@ private:
 /// Threads: registrations and look-ups may happen on several threads at once.
 class VXCLASSIFIER_API vx_Instantiator {
 public:
-    /// `make` returns a new object of the class `type` in its default state.
+    /// `make` returns a new object of the class `type` in its default state, never null.
     vx_Instantiator(const std::type_info& type, vxPersistent* (*make)());
     ~vx_Instantiator();
     vx_Instantiator(const vx_Instantiator&) = delete;
