@@ -58,6 +58,7 @@ void vx_Classifier::train(const vxClassifierDataProvider& provider, const vxClas
     // `params` may be our own, which untraining would free.
     const vxPtrHandle_const<vxClassifierTrainParams> previous = params_;
     untrain();
+    params_.reset(); // an archive can bring parameters without a training, and untraining leaves those
     vxDiagObject* destination = vxDiagObject::getRecordingDestination(diag, flags);
     recordTrainInputs_(destination, flags);
     train_(provider, params);
@@ -69,6 +70,7 @@ void vx_Classifier::train(const vxClassifierDataProvider& provider, const vxClas
 void vx_Classifier::trainStart(const vxClassifierTrainParams& params) {
     const vxPtrHandle_const<vxClassifierTrainParams> previous = params_; // as in train
     untrain();
+    params_.reset(); // as in train
     trainStart_(params);
     params_ = params.clone();
 }
