@@ -120,6 +120,10 @@ protected:
     /// Shares the other's parameters.
     vx_Classifier& operator=(const vx_Classifier& other) noexcept;
 
+    /// The parameters of the last training or retraining, for the hooks; null when untrained or trained by
+    /// hand.
+    const vxPtrHandle_const<vxClassifierTrainParams>& storedParams_() const noexcept { return params_; }
+
     /// To be called by every assignment before anything changes: tells an archive that tracks the object.
     void beginAssignment_() noexcept;
 
