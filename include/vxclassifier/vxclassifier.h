@@ -9,10 +9,14 @@
 #include <vxclassifier/classifier_data_provider_memory.h>
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/classifier_frequencies.h>
+#include <vxclassifier/classifier_knn.h>
 #include <vxclassifier/classifier_result.h>
 #include <vxclassifier/classifier_tool.h>
 #include <vxclassifier/classifier_train_params.h>
+#include <vxclassifier/classifier_train_params_knn.h>
 #include <vxclassifier/feature_pattern.h>
+#include <vxclassifier/pattern_distance_metric.h>
+#include <vxclassifier/pattern_distance_metric_norm.h>
 #include <vxclassifier/platform/archive.h>
 #include <vxclassifier/platform/attention.h>
 #include <vxclassifier/platform/diag_object.h>
