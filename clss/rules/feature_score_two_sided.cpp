@@ -1,0 +1,82 @@
+#include "clss/rules/score_checks.h"
+
+#include <vxclassifier/classifier_defs.h>
+#include <vxclassifier/feature_score.h>
+
+#include <algorithm>
+#include <typeinfo>
+
+namespace {
+
+void requireBetween(const vxClassifierFeatureScoreOneSided& part) {
+    if (!detail::liesBetween(part.x0(), part.x1(), part.xc())) {
+        throw vxClassifierDefs::BadParams(L"x1 must lie between x0 and xc");
+    }
+}
+
+} // namespace
+
+vxClassifierFeatureScoreTwoSided::vxClassifierFeatureScoreTwoSided() noexcept = default;
+vxClassifierFeatureScoreTwoSided::vxClassifierFeatureScoreTwoSided(
+    const vxClassifierFeatureScoreTwoSided&) noexcept = default;
+vxClassifierFeatureScoreTwoSided&
+vxClassifierFeatureScoreTwoSided::operator=(const vxClassifierFeatureScoreTwoSided&) noexcept = default;
+vxClassifierFeatureScoreTwoSided::~vxClassifierFeatureScoreTwoSided() = default;
+
+void vxClassifierFeatureScoreTwoSided::init(double x0, double x1, double xc, double x0h, double x1h,
+                                            double xch, double y0, double y1, double y0h, double y1h) {
+    const double lowest = std::min({x0h, x1h, xch});
+    if (x0 > lowest || x1 > lowest || xc > lowest) {
+        throw vxClassifierDefs::BadParams(L"x0 > lowest || x1 > lowest || xc > lowest");
+    }
+    // Aside, so that a failure of the high part leaves the low one as it was.
+    vxClassifierFeatureScoreOneSided low;
+    low.init(x0, x1, xc, y0, y1);
+    high_.init(x0h, x1h, xch, y0h, y1h);
+    low_ = low;
+}
+
+void vxClassifierFeatureScoreTwoSided::y0(double value) {
+    low_.y0(value);
+}
+
+void vxClassifierFeatureScoreTwoSided::y1(double value) {
+    low_.y1(value);
+}
+
+void vxClassifierFeatureScoreTwoSided::y0h(double value) {
+    if (!detail::isScore(value)) {
+        throw vxClassifierDefs::BadParams(L"y0h must be between 0 and 1");
+    }
+    high_.y0(value);
+}
+
+void vxClassifierFeatureScoreTwoSided::y1h(double value) {
+    if (!detail::isScore(value)) {
+        throw vxClassifierDefs::BadParams(L"y1h must be between 0 and 1");
+    }
+    high_.y1(value);
+}
+
+double vxClassifierFeatureScoreTwoSided::score(double x) const {
+    requireBetween(low_);
+    requireBetween(high_);
+    // The high x1 lies between the other two, so it cannot be the smallest.
+    const double lowest = std::min(x0h(), xch());
+    if (x0() > lowest || x1() > lowest || xc() > lowest) {
+        throw vxClassifierDefs::BadParams(L"Bad x values");
+    }
+    return x >= lowest ? high_.score(x) : low_.score(x);
+}
+
+vxClsFtSc* vxClassifierFeatureScoreTwoSided::clone() const {
+    return new vxClassifierFeatureScoreTwoSided(*this);
+}
+
+bool vxClassifierFeatureScoreTwoSided::operator==(const vxClsFtSc& other) const {
+    if (typeid(*this) != typeid(other)) {
+        return false;
+    }
+    const auto& same = static_cast<const vxClassifierFeatureScoreTwoSided&>(other);
+    return low_ == same.low_ && high_ == same.high_;
+}
