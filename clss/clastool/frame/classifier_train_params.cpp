@@ -5,8 +5,8 @@
 vxClassifierTrainParams::vxClassifierTrainParams() noexcept = default;
 
 // The virtual bases have nothing to copy, and the flag of a copy is the default one.
-vxClassifierTrainParams::vxClassifierTrainParams(const vxClassifierTrainParams&) noexcept
-    : vxPersistent(), vxRepBase() {}
+vxClassifierTrainParams::vxClassifierTrainParams(const vxClassifierTrainParams& other) noexcept
+    : vxPersistent(other), vxRepBase(other) {}
 
 vxClassifierTrainParams& vxClassifierTrainParams::operator=(const vxClassifierTrainParams&) noexcept {
     return *this;
