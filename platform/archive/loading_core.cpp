@@ -100,7 +100,7 @@ void LoadingCore::requireElements(std::uint64_t count, std::size_t elementSize) 
 
 vxPersistent* LoadingCore::getPointer(vxArchive& archive) {
     if (inRecord_) {
-        return resolve(getUnsigned());
+        return handOut(getReference());
     }
     const unsigned long newRecords = getUnsigned();
     constexpr std::size_t leastRecord = sizeof(std::uint32_t) + sizeof(std::uint64_t);
@@ -108,11 +108,11 @@ vxPersistent* LoadingCore::getPointer(vxArchive& archive) {
     for (unsigned long i = 0; i < newRecords; ++i) {
         getRecord(archive);
     }
-    const unsigned long number = getUnsigned();
-    if (newRecords > 0 && number < records_) {
+    const std::uint32_t record = getReference();
+    if (unreferenced_ > 0) {
         throw vxArchive::CorruptData(L"The archive holds objects that nothing refers to.");
     }
-    return resolve(number);
+    return handOut(record);
 }
 
 void LoadingCore::getRecord(vxArchive& archive) {
@@ -122,6 +122,7 @@ void LoadingCore::getRecord(vxArchive& archive) {
     make(makeObject);
     fill(archive, *made_.back().object, size);
     ++records_;
+    ++unreferenced_;
 }
 
 MakeFunction LoadingCore::getClass() {
@@ -175,34 +176,39 @@ void LoadingCore::fill(vxArchive& archive, vxPersistent& object, std::uint64_t s
     object.reInit();
 }
 
-/// The object of a record that is complete. Inside a record that means an earlier one.
-vxPersistent* LoadingCore::resolve(unsigned long number) {
-    lastResolved_ = number;
-    if (number == 0) {
-        return nullptr;
-    }
+/// Reads the number of a record that is complete, or 0. Inside a record that means an earlier one.
+std::uint32_t LoadingCore::getReference() {
+    const unsigned long number = getUnsigned();
     if (number > records_) {
         throw vxArchive::BadReference(
             L"The archive refers to an object that does not stand before the reference.");
     }
-    Made& made = made_[number - 1];
-    if (made.rep == nullptr) {
-        giveAway(made, static_cast<std::uint32_t>(number));
+    if (number > 0 && !std::exchange(made_[number - 1].isReferenced, true)) {
+        --unreferenced_;
     }
+    return static_cast<std::uint32_t>(number);
+}
+
+/// The object of the record, or null for 0. One that is not counted may go at any moment from now on.
+vxPersistent* LoadingCore::handOut(std::uint32_t record) {
+    lastHandedOut_ = record;
+    if (record == 0) {
+        return nullptr;
+    }
+    Made& made = made_[record - 1];
+    if (made.rep != nullptr) {
+        return made.object;
+    }
+    if (made.takers > 0 && uncounted_.numberAt(made.object) != record) {
+        throw vxArchive::BadReference(L"The archive refers to an object that is gone already.");
+    }
+    uncounted_.track(*made.object, record);
+    ++made.takers;
     return made.object;
 }
 
-/// Hands out an object that is not counted. From now on it may go at any moment.
-void LoadingCore::giveAway(Made& made, std::uint32_t number) {
-    if (made.takers > 0 && uncounted_.numberAt(made.object) != number) {
-        throw vxArchive::BadReference(L"The archive refers to an object that is gone already.");
-    }
-    uncounted_.track(*made.object, number);
-    ++made.takers;
-}
-
 void LoadingCore::leaveLast() noexcept {
-    Made& made = made_[lastResolved_ - 1];
+    Made& made = made_[lastHandedOut_ - 1];
     if (made.rep == nullptr) {
         --made.takers;
     }

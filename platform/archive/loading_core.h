@@ -62,6 +62,7 @@ private:
         vxPersistent* object = nullptr;
         const vxRepBase* rep = nullptr; // null for an object that is not counted
         unsigned long takers = 0;       // of one that is not counted
+        bool isReferenced = false;      // by a pointer that was read
     };
 
     struct NamedClass {
@@ -77,8 +78,8 @@ private:
     MakeFunction nameClass();
     void make(MakeFunction makeObject);
     void fill(vxArchive& archive, vxPersistent& object, std::uint64_t size);
-    vxPersistent* resolve(unsigned long number);
-    void giveAway(Made& made, std::uint32_t number);
+    std::uint32_t getReference();
+    vxPersistent* handOut(std::uint32_t record);
     void releaseAll() noexcept;
 
     const std::vector<unsigned char> owned_;
@@ -89,7 +90,8 @@ private:
     std::vector<NamedClass> classes_; // by class number; no name twice
     std::vector<Made> made_;          // that of record n at n - 1
     std::size_t records_ = 0;         // how many are complete; one more may be under way
-    unsigned long lastResolved_ = 0;  // the record that the last pointer named
+    std::size_t unreferenced_ = 0;    // how many complete ones no pointer has named yet
+    std::uint32_t lastHandedOut_ = 0; // the record that the last pointer named
     ObjectTracker uncounted_;
 };
 

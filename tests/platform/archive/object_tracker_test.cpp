@@ -1,0 +1,229 @@
+#include "tests/platform/archive/test_objects.h"
+#include "tests/support/archive_bytes.h"
+#include "tests/support/archives.h"
+#include "tests/support/expect_error.h"
+
+#include <vxclassifier/platform/archive.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <new>
+
+namespace {
+
+using test::Bytes;
+using test::exchangePointer;
+using test::Node;
+using test::Note;
+using test::Payload;
+
+constexpr wchar_t gone[] = L"The archive refers to an object that is gone already.";
+
+/// An archive with two pointers to one object that is not counted.
+Bytes twoPointersToOneNote() {
+    Note note(3);
+    return test::archiveOf([&](vxArchive& archive) {
+        exchangePointer(archive, &note);
+        exchangePointer(archive, &note);
+    });
+}
+
+long valueOf(vxPersistent* object) {
+    return dynamic_cast<Note&>(*object).value;
+}
+
+TEST(ObjectTracker, AnObjectWithoutACountIsStoredOnce) {
+    const Payload expected =
+        Payload().u32(1).firstRecord(0, "test::Note", Payload().byte(0).u32(3)).u32(1).u32(0).u32(1);
+    EXPECT_EQ(test::payload(twoPointersToOneNote()), expected.bytes());
+}
+
+TEST(ObjectTracker, AnObjectOnTheStackIsNotDeleted) {
+    const long before = Node::living;
+    {
+        Node node(1);
+        const Bytes bytes = test::storedPointer(&node);
+        EXPECT_EQ(Node::living, before + 1);
+        EXPECT_EQ(node.value, 1);
+    }
+    EXPECT_EQ(Node::living, before);
+}
+
+TEST(ObjectTracker, AnAddressUsedAgainIsAnotherObject) {
+    alignas(Note) unsigned char place[sizeof(Note)];
+    const Bytes bytes = test::archiveOf([&](vxArchive& archive) {
+        for (const long value : {10, 11, 12}) {
+            Note* note = new (place) Note(value);
+            exchangePointer(archive, note);
+            note->~Note();
+        }
+    });
+    vxLoadingArchive archive(bytes);
+    for (const long value : {10, 11, 12}) {
+        const std::unique_ptr<vxPersistent> note(exchangePointer(archive));
+        EXPECT_EQ(valueOf(note.get()), value);
+    }
+    archive.finish();
+}
+
+TEST(ObjectTracker, AnObjectIsTrackedUntilTheLastArchiveThatKnowsItEnds) {
+    Note note(1);
+    EXPECT_FALSE(note.isTracked_());
+    {
+        vxStoringArchive outer;
+        exchangePointer(outer, &note);
+        EXPECT_TRUE(note.isTracked_());
+        {
+            vxStoringArchive inner;
+            exchangePointer(inner, &note);
+            inner.finish();
+        }
+        EXPECT_TRUE(note.isTracked_());
+        outer.finish();
+        EXPECT_FALSE(note.isTracked_());
+    }
+    EXPECT_FALSE(note.isTracked_());
+}
+
+TEST(ObjectTracker, AnAbandonedArchiveTracksNothing) {
+    const vxPtrHandle<Node> node(new Node(1));
+    Note note(1);
+    {
+        vxStoringArchive archive;
+        exchangePointer(archive, node.get());
+        exchangePointer(archive, &note);
+        EXPECT_TRUE(node->isTracked_());
+        EXPECT_TRUE(note.isTracked_());
+    }
+    EXPECT_FALSE(node->isTracked_());
+    EXPECT_FALSE(note.isTracked_());
+}
+
+TEST(ObjectTracker, CopyingDoesNotCopyTheMark) {
+    Note note(1);
+    vxStoringArchive archive;
+    exchangePointer(archive, &note);
+    Note target;
+    target = note;
+    EXPECT_TRUE(note.isTracked_());
+    EXPECT_FALSE(target.isTracked_());
+    Note source(2);
+    note = source;
+    EXPECT_FALSE(note.isTracked_()) << "it has reported that it changes";
+}
+
+TEST(ObjectTracker, AnObjectThatChangesIsStoredAnew) {
+    Note note(1);
+    const Bytes bytes = test::archiveOf([&](vxArchive& archive) {
+        exchangePointer(archive, &note);
+        note = Note(2);
+        exchangePointer(archive, &note);
+        exchangePointer(archive, &note);
+    });
+    vxLoadingArchive archive(bytes);
+    const std::unique_ptr<vxPersistent> first(exchangePointer(archive));
+    const std::unique_ptr<vxPersistent> second(exchangePointer(archive));
+    EXPECT_EQ(exchangePointer(archive), second.get());
+    EXPECT_EQ(valueOf(first.get()), 1);
+    EXPECT_EQ(valueOf(second.get()), 2);
+}
+
+TEST(ObjectTracker, ACountedObjectThatChangesIsStoredAnew) {
+    vxPtrHandle<Node> node(new Node(1));
+    const Bytes bytes = test::archiveOf([&](vxArchive& archive) {
+        archive || node;
+        ASSERT_TRUE(node->isTracked_());
+        node->mutating_();
+        node->value = 2;
+        archive || node;
+    });
+    EXPECT_EQ(vx_PtrHandleBase_RepAccessor::count(*node), 1);
+    vxPtrHandle<Node> first;
+    vxPtrHandle<Node> second;
+    vxLoadingArchive archive(bytes);
+    archive || first || second;
+    EXPECT_EQ(first->value, 1);
+    EXPECT_EQ(second->value, 2);
+}
+
+TEST(ObjectTracker, ReportingAChangeUntrackedHasNoEffect) {
+    Note note(1);
+    note.mutating_();
+    EXPECT_FALSE(note.isTracked_());
+}
+
+TEST(ObjectTracker, ALoadedObjectThatWasFreedIsNotGivenOutAgain) {
+    const Bytes bytes = twoPointersToOneNote();
+    vxLoadingArchive archive(bytes);
+    delete exchangePointer(archive);
+    EXPECT_ERROR(exchangePointer(archive), vxArchive::BadReference, gone);
+}
+
+TEST(ObjectTracker, ALoadedObjectThatWasFreedIsNotTakenForAnotherAtItsAddress) {
+    const Bytes bytes = twoPointersToOneNote();
+    vxLoadingArchive archive(bytes);
+    vxPersistent* note = exchangePointer(archive);
+    void* const place = dynamic_cast<void*>(note);
+    note->~vxPersistent();
+    Note* other = new (place) Note(4);
+    vxStoringArchive elsewhere;
+    exchangePointer(elsewhere, other); // tracked, but by another archive
+    EXPECT_ERROR(exchangePointer(archive), vxArchive::BadReference, gone);
+    delete other;
+}
+
+TEST(ObjectTracker, ALoadedObjectThatChangedIsNotGivenOutAgain) {
+    const Bytes bytes = twoPointersToOneNote();
+    vxLoadingArchive archive(bytes);
+    const std::unique_ptr<vxPersistent> note(exchangePointer(archive));
+    ASSERT_TRUE(note->isTracked_());
+    dynamic_cast<Note&>(*note) = Note(8);
+    EXPECT_ERROR(exchangePointer(archive), vxArchive::BadReference, gone);
+}
+
+TEST(ObjectTracker, ALoadedObjectBelongsToWhoeverTookIt) {
+    const Bytes bytes = twoPointersToOneNote();
+    std::unique_ptr<vxPersistent> note;
+    {
+        vxLoadingArchive archive(bytes);
+        note.reset(exchangePointer(archive));
+        EXPECT_EQ(exchangePointer(archive), note.get());
+        archive.finish();
+        EXPECT_FALSE(note->isTracked_());
+    }
+    EXPECT_EQ(valueOf(note.get()), 3);
+}
+
+TEST(ObjectTracker, AHandleThatCannotHoldAnObjectDoesNotFreeItForItsOwner) {
+    const Bytes bytes = twoPointersToOneNote();
+    vxPtrHandle<Node> handle;
+    for (const bool freedEarly : {false, true}) {
+        vxLoadingArchive archive(bytes);
+        std::unique_ptr<vxPersistent> note(exchangePointer(archive));
+        archive || handle;
+        EXPECT_TRUE(handle.isNull());
+        if (freedEarly) {
+            note.reset();
+        }
+        archive.finish();
+        EXPECT_EQ(Note::living, freedEarly ? 0 : 1);
+    }
+    EXPECT_EQ(Note::living, 0);
+}
+
+TEST(ObjectTracker, AnObjectThatAHandleLeftCanBeTakenLater) {
+    const Bytes bytes = twoPointersToOneNote();
+    std::unique_ptr<vxPersistent> note;
+    {
+        vxLoadingArchive archive(bytes);
+        vxPtrHandle<Node> handle;
+        archive || handle;
+        note.reset(exchangePointer(archive));
+        archive.finish();
+    }
+    EXPECT_EQ(Note::living, 1);
+    EXPECT_EQ(valueOf(note.get()), 3);
+}
+
+} // namespace
