@@ -113,13 +113,17 @@ public:
     /// and vxClassifierDefs::BadMethod when the training had no parameters.
     vxPtrHandle_const<vxClassifierTrainParams> trainParams() const;
 
-protected:
+    /// Untrained, without parameters.
     vx_Classifier() noexcept;
-    vx_Classifier(const vx_Classifier& other) noexcept;
 
     /// Shares the other's parameters.
+    vx_Classifier(const vx_Classifier& other) noexcept;
+
+    /// Shares the other's parameters, after beginAssignment_. A technique's own assignment calls this and
+    /// then assigns what the technique has learnt; called by itself, it gives the parameters only.
     vx_Classifier& operator=(const vx_Classifier& other) noexcept;
 
+protected:
     /// The parameters of the last training or retraining, for the hooks; null when untrained or trained by
     /// hand.
     const vxPtrHandle_const<vxClassifierTrainParams>& storedParams_() const noexcept { return params_; }

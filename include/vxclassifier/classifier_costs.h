@@ -21,6 +21,12 @@ class VXCLASSIFIER_API vxClassifierCosts {
 public:
     /// Throws vxClassifierDefs::BadParams for a negative cost; NaN passes.
     explicit vxClassifierCosts(double defaultCost);
+    vxClassifierCosts(const vxClassifierCosts&) = default;
+    vxClassifierCosts(vxClassifierCosts&&) noexcept = default;
+    /// If this throws for want of memory, nothing has changed.
+    vxClassifierCosts& operator=(const vxClassifierCosts& other);
+    vxClassifierCosts& operator=(vxClassifierCosts&&) noexcept = default;
+    ~vxClassifierCosts() = default;
 
     double defaultMisclassificationCost() const noexcept { return defaultMisclassificationCost_; }
 

@@ -10,9 +10,8 @@
 #include <string>
 
 /// Labelled training data as a classifier reads them: an indexed sequence of feature patterns, each with a
-/// category label
-/// >= 0, or -1 for a pattern whose category is not known. Derive from it to train from data that lie
-/// elsewhere.
+/// category label. A label is not negative, except for -1, which marks a pattern whose category is not known.
+/// Derive from this class to train from data that lie elsewhere.
 ///
 /// Initial state: none of its own.
 ///

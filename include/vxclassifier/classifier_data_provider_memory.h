@@ -17,6 +17,7 @@ class VXCLASSIFIER_API vxClassifierDataProviderMemory : public vxClassifierDataP
 public:
     vxClassifierDataProviderMemory() noexcept;
     vxClassifierDataProviderMemory(const vxClassifierDataProviderMemory& other);
+    /// If this throws for want of memory, nothing has changed.
     vxClassifierDataProviderMemory& operator=(const vxClassifierDataProviderMemory& other);
     ~vxClassifierDataProviderMemory() override;
 

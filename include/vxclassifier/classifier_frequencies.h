@@ -21,6 +21,12 @@ class VXCLASSIFIER_API vxClassifierFrequencies {
 public:
     /// Throws vxClassifierDefs::BadParams if the frequency is not above 0; NaN passes.
     explicit vxClassifierFrequencies(double defaultFrequency);
+    vxClassifierFrequencies(const vxClassifierFrequencies&) = default;
+    vxClassifierFrequencies(vxClassifierFrequencies&&) noexcept = default;
+    /// If this throws for want of memory, nothing has changed.
+    vxClassifierFrequencies& operator=(const vxClassifierFrequencies& other);
+    vxClassifierFrequencies& operator=(vxClassifierFrequencies&&) noexcept = default;
+    ~vxClassifierFrequencies() = default;
 
     double defaultCategoryFrequency() const noexcept { return defaultCategoryFrequency_; }
 

@@ -23,6 +23,7 @@ public:
     /// first index that is negative or not below the number of measurements.
     vxFeaturePattern(const std::vector<double>& measurements, const std::vector<long>& invalidIndices);
     vxFeaturePattern(const vxFeaturePattern& other);
+    /// If this throws for want of memory, nothing has changed.
     vxFeaturePattern& operator=(const vxFeaturePattern& other);
     ~vxFeaturePattern() override;
 

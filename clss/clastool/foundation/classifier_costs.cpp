@@ -1,11 +1,10 @@
 #include <vxclassifier/classifier_costs.h>
 
+#include "clss/clastool/foundation/parallel_vectors.h"
 #include "platform/archive/class_level.h"
 
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/platform/archive.h>
-
-#include <algorithm>
 
 namespace {
 
@@ -33,13 +32,17 @@ vxClassifierCosts::vxClassifierCosts(double defaultCost) : defaultMisclassificat
     requireCost(defaultCost);
 }
 
+vxClassifierCosts& vxClassifierCosts::operator=(const vxClassifierCosts& other) {
+    return *this = vxClassifierCosts(other);
+}
+
 void vxClassifierCosts::defaultMisclassificationCost(double cost) {
     requireCost(cost);
     defaultMisclassificationCost_ = cost;
 }
 
 std::size_t vxClassifierCosts::rows() const noexcept {
-    return std::min({overrideTrueLabels_.size(), overrideAssignedLabels_.size(), overrideCosts_.size()});
+    return detail::commonRows(overrideTrueLabels_, overrideAssignedLabels_, overrideCosts_);
 }
 
 long vxClassifierCosts::misclOverrideIndex_(long trueLabel, long assignedLabel) const {
@@ -67,14 +70,7 @@ void vxClassifierCosts::misclassificationCostOverride(long trueLabel, long assig
         overrideCosts_[static_cast<std::size_t>(k)] = cost;
         return;
     }
-    // Memory is taken for all three before any changes, so that there is never half a row.
-    const std::size_t row = rows();
-    overrideTrueLabels_.reserve(row + 1);
-    overrideAssignedLabels_.reserve(row + 1);
-    overrideCosts_.reserve(row + 1);
-    overrideTrueLabels_.resize(row);
-    overrideAssignedLabels_.resize(row);
-    overrideCosts_.resize(row);
+    detail::makeRoomForRow(overrideTrueLabels_, overrideAssignedLabels_, overrideCosts_);
     overrideTrueLabels_.push_back(trueLabel);
     overrideAssignedLabels_.push_back(assignedLabel);
     overrideCosts_.push_back(cost);

@@ -1,11 +1,10 @@
 #include <vxclassifier/classifier_data_provider_memory.h>
 
+#include "clss/clastool/foundation/parallel_vectors.h"
 #include "platform/archive/class_level.h"
 
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/platform/archive.h>
-
-#include <algorithm>
 
 vx_Instantiator vxClassifierDataProviderMemory::sExemplar(typeid(vxClassifierDataProviderMemory),
                                                           &vxClassifierDataProviderMemory::make);
@@ -60,7 +59,7 @@ void vxClassifierDataProviderMemory::setDescription(const std::wstring& descript
 }
 
 std::size_t vxClassifierDataProviderMemory::rows() const noexcept {
-    return std::min(patterns_.size(), labels_.size());
+    return detail::commonRows(patterns_, labels_);
 }
 
 long vxClassifierDataProviderMemory::numPatterns() const {
@@ -96,17 +95,9 @@ void vxClassifierDataProviderMemory::addData(const vxPtrHandle_const<vxFeaturePa
             L"Feature pattern must have the same number of measurements as the rest of the data.");
     }
     requireLabelOrUnknown(label);
-    // What an archive brought without its counterpart is no data, and would pair with the wrong one now.
-    const std::size_t row = rows();
-    patterns_.resize(row);
-    labels_.resize(row);
+    detail::makeRoomForRow(patterns_, labels_);
+    patterns_.push_back(pattern);
     labels_.push_back(label);
-    try {
-        patterns_.push_back(pattern);
-    } catch (...) {
-        labels_.pop_back();
-        throw;
-    }
 }
 
 void vxClassifierDataProviderMemory::data(const std::vector<vxPtrHandle_const<vxFeaturePattern>>& patterns,

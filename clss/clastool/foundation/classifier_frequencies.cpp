@@ -1,11 +1,10 @@
 #include <vxclassifier/classifier_frequencies.h>
 
+#include "clss/clastool/foundation/parallel_vectors.h"
 #include "platform/archive/class_level.h"
 
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/platform/archive.h>
-
-#include <algorithm>
 
 namespace {
 
@@ -22,13 +21,17 @@ vxClassifierFrequencies::vxClassifierFrequencies(double defaultFrequency)
     requirePositive(defaultFrequency);
 }
 
+vxClassifierFrequencies& vxClassifierFrequencies::operator=(const vxClassifierFrequencies& other) {
+    return *this = vxClassifierFrequencies(other);
+}
+
 void vxClassifierFrequencies::defaultCategoryFrequency(double frequency) {
     requirePositive(frequency);
     defaultCategoryFrequency_ = frequency;
 }
 
 std::size_t vxClassifierFrequencies::rows() const noexcept {
-    return std::min(overrideLabels_.size(), overrideFrequencies_.size());
+    return detail::commonRows(overrideLabels_, overrideFrequencies_);
 }
 
 long vxClassifierFrequencies::freqOverrideIndex_(long label) const {
@@ -55,12 +58,7 @@ void vxClassifierFrequencies::categoryFrequencyOverride(long label, double frequ
         overrideFrequencies_[static_cast<std::size_t>(k)] = frequency;
         return;
     }
-    // Memory is taken for both before either changes, so that there is never half a row.
-    const std::size_t row = rows();
-    overrideLabels_.reserve(row + 1);
-    overrideFrequencies_.reserve(row + 1);
-    overrideLabels_.resize(row);
-    overrideFrequencies_.resize(row);
+    detail::makeRoomForRow(overrideLabels_, overrideFrequencies_);
     overrideLabels_.push_back(label);
     overrideFrequencies_.push_back(frequency);
 }

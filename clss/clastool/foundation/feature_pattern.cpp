@@ -33,7 +33,12 @@ vxFeaturePattern::vxFeaturePattern(const std::vector<double>& measurements,
 }
 
 vxFeaturePattern::vxFeaturePattern(const vxFeaturePattern&) = default;
-vxFeaturePattern& vxFeaturePattern::operator=(const vxFeaturePattern&) = default;
+vxFeaturePattern& vxFeaturePattern::operator=(const vxFeaturePattern& other) {
+    vxFeaturePattern copy(other);
+    measurements_.swap(copy.measurements_);
+    validity_.swap(copy.validity_);
+    return *this;
+}
 vxFeaturePattern::~vxFeaturePattern() = default;
 
 vxPersistent* vxFeaturePattern::make() {
