@@ -141,6 +141,7 @@ def panel(column, shape, marks, curve):
 
 
 def main():
+    sys.stdout.reconfigure(encoding="utf-8")
     shapes = read(sys.stdin)
     width = PANEL_WIDTH * len(shapes)
     print(f'<svg xmlns="http://www.w3.org/2000/svg" width="{width}" height="{PANEL_HEIGHT}" '
