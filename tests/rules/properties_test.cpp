@@ -98,7 +98,7 @@ test::Bytes bytesOf(const Function& function) {
 
 TEST(ScoreProperties, AOneSidedScoreLiesBetweenTheTwoLevelsOrIsZero) {
     forManyOneSided([](const OneSided& function) {
-        const auto [low, high] = std::minmax(function.y0(), function.y1());
+        const auto [low, high] = std::minmax({function.y0(), function.y1()});
         for (double x = -5; x <= 5; x += step) {
             const double score = function.score(x);
             const bool beyond = function.x0() <= function.x1() && function.x1() <= function.xc()
@@ -127,7 +127,7 @@ TEST(ScoreProperties, ScoresOfArbitraryDoublesLeaveTheRangeByRoundingOnly) {
         const double x1 = random.between(-100, 100);
         const OneSided function = test::oneSided(x0, x1, x1, random.between(0, 1), random.between(0, 1));
         const double slack = 1e-15 * std::max(std::fabs(x0), std::fabs(x1)) / std::fabs(x1 - x0);
-        const auto [low, high] = std::minmax(function.y0(), function.y1());
+        const auto [low, high] = std::minmax({function.y0(), function.y1()});
         for (int j = 1; j < 20; ++j) {
             const double x = x0 + (x1 - x0) * j / 20;
             const double score = function.score(x);
