@@ -7,6 +7,7 @@
 #include <vxclassifier/classifier_costs.h>
 #include <vxclassifier/classifier_data_provider.h>
 #include <vxclassifier/classifier_data_provider_memory.h>
+#include <vxclassifier/classifier_decision_tree.h>
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/classifier_frequencies.h>
 #include <vxclassifier/classifier_knn.h>
@@ -14,6 +15,10 @@
 #include <vxclassifier/classifier_tool.h>
 #include <vxclassifier/classifier_train_params.h>
 #include <vxclassifier/classifier_train_params_knn.h>
+#include <vxclassifier/comparison_predicate.h>
+#include <vxclassifier/decision_tree.h>
+#include <vxclassifier/decision_tree_leaf.h>
+#include <vxclassifier/decision_tree_node.h>
 #include <vxclassifier/feature_pattern.h>
 #include <vxclassifier/feature_score.h>
 #include <vxclassifier/feature_vector.h>
@@ -38,8 +43,11 @@
 #include <vxclassifier/platform/rep_base.h>
 #include <vxclassifier/platform/status.h>
 #include <vxclassifier/platform/text.h>
+#include <vxclassifier/predicate_function.h>
+#include <vxclassifier/range_predicate.h>
 #include <vxclassifier/rule.h>
 #include <vxclassifier/rule_table.h>
 #include <vxclassifier/total_data_generator.h>
+#include <vxclassifier/validity_predicate.h>
 
 #endif

@@ -1,0 +1,74 @@
+#include <vxclassifier/decision_tree_node.h>
+
+#include "clss/clastool/tree/tree_equality.h"
+#include "clss/clastool/tree/tree_labels.h"
+#include "platform/archive/class_level.h"
+
+#include <vxclassifier/decision_tree_leaf.h>
+#include <vxclassifier/platform/archive.h>
+#include <vxclassifier/range_predicate.h>
+
+#include <utility>
+
+vx_Instantiator vxDecisionTreeNode::sExemplar(typeid(vxDecisionTreeNode), &vxDecisionTreeNode::make);
+
+vxDecisionTreeNode::vxDecisionTreeNode()
+    : trueTree_(new vxDecisionTreeLeaf(vxClassifierResult())), falseTree_(trueTree_),
+      predicateFunction_(new vxRangePredicate) {}
+
+vxDecisionTreeNode::vxDecisionTreeNode(const vxPredicateFunction& predicate, const vxDecisionTree& trueTree,
+                                       const vxDecisionTree& falseTree)
+    : trueTree_(trueTree.clone()), falseTree_(falseTree.clone()), predicateFunction_(predicate.clone()) {}
+
+vxDecisionTreeNode::vxDecisionTreeNode(const vxDecisionTreeNode& other) noexcept = default;
+
+vxDecisionTreeNode& vxDecisionTreeNode::operator=(const vxDecisionTreeNode& other) noexcept {
+    // `other` may lie below this node and go with the branch that is given up.
+    vxDecisionTreeNode copy(other);
+    std::swap(trueTree_, copy.trueTree_);
+    std::swap(falseTree_, copy.falseTree_);
+    std::swap(predicateFunction_, copy.predicateFunction_);
+    return *this;
+}
+
+vxDecisionTreeNode::~vxDecisionTreeNode() = default;
+
+vxPersistent* vxDecisionTreeNode::make() {
+    return new vxDecisionTreeNode;
+}
+
+std::vector<long> vxDecisionTreeNode::categoryLabels() const {
+    return detail::TreeLabels().below(*this);
+}
+
+vxPtrHandle<vxDecisionTree> vxDecisionTreeNode::clone() const {
+    return vxPtrHandle<vxDecisionTree>(new vxDecisionTreeNode(*this));
+}
+
+bool vxDecisionTreeNode::isEqual(const vxDecisionTree& other) const {
+    return detail::TreeEquality().areEqual(*this, other);
+}
+
+void vxDecisionTreeNode::predicateFunction(const vxPredicateFunction& predicate) {
+    predicateFunction_ = predicate.clone();
+}
+
+void vxDecisionTreeNode::trueTree(const vxDecisionTree& tree) {
+    trueTree_ = tree.clone();
+}
+
+void vxDecisionTreeNode::falseTree(const vxDecisionTree& tree) {
+    falseTree_ = tree.clone();
+}
+
+void vxDecisionTreeNode::dispatchSerialize(vxArchive& archive) {
+    detail::exchangeLevel(archive, this, [&](unsigned char version) { serialize_(archive, version); });
+}
+
+void vxDecisionTreeNode::serialize_(vxArchive& archive, unsigned char version) {
+    detail::requireVersionZero(version);
+    vxDecisionTree::dispatchSerialize(archive);
+    archive || trueTree_;
+    archive || falseTree_;
+    archive || predicateFunction_;
+}
