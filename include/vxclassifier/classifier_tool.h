@@ -1,6 +1,8 @@
 #ifndef VXCLASSIFIER_CLASSIFIER_TOOL_H
 #define VXCLASSIFIER_CLASSIFIER_TOOL_H
 
+#include <vxclassifier/classifier_train_params.h>
+#include <vxclassifier/decision_tree.h>
 #include <vxclassifier/platform/export.h>
 #include <vxclassifier/platform/ptr_handle.h>
 
@@ -10,8 +12,6 @@ class vxArchive;
 class vx_Classifier;
 class vxClassifierDataProvider;
 class vxClassifierResult;
-class vxClassifierTrainParams;
-class vxDecisionTree;
 class vxDiagObject;
 class vxFeaturePattern;
 

@@ -36,6 +36,7 @@
 #include <vxclassifier/platform/interlocked.h>
 #include <vxclassifier/platform/nm_matrix.h>
 #include <vxclassifier/platform/pair.h>
+#include <vxclassifier/platform/pdf_multivariate_normal.h>
 #include <vxclassifier/platform/persistent.h>
 #include <vxclassifier/platform/ptr_handle.h>
 #include <vxclassifier/platform/random.h>
