@@ -12,8 +12,8 @@
 
 namespace {
 
-constexpr double end = 10.0;
-constexpr double step = 0.125;
+constexpr int end = 10;
+constexpr int stepsPerUnit = 8; // a power of two, so that every place is exact
 
 /// The named values of a function.
 using Marks = std::map<std::string, double>;
@@ -27,7 +27,8 @@ void print(const char* shape, const vxClsFtSc& function, const Marks& marks) {
     for (const auto& [name, x] : marks) {
         printRow(shape, name, x, function.score(x));
     }
-    for (double x = 0.0; x <= end; x += step) {
+    for (int i = 0; i <= end * stepsPerUnit; ++i) {
+        const double x = static_cast<double>(i) / stepsPerUnit;
         // The neighbours on both sides show on which side of a jump its place belongs.
         for (const double near : {std::nextafter(x, -infinity), x, std::nextafter(x, infinity)}) {
             printRow(shape, "", near, function.score(near));

@@ -54,6 +54,7 @@ void vxPersistent::setVisited(const void* object, std::size_t size) {
     }
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): an object that cannot change has nothing to announce.
 void vxPersistent::mutating_() noexcept {
     detail::ObjectTracker::forgetEverywhere(*this);
 }

@@ -135,7 +135,7 @@ std::string followLinks(const std::string& path) {
         const std::string next(content, static_cast<std::size_t>(length));
         const std::size_t slash = target.rfind('/');
         const bool isRelative = next.empty() || next.front() != '/';
-        target = isRelative && slash != std::string::npos ? target.substr(0, slash + 1) + next : next;
+        target = isRelative && slash != std::string::npos ? target.substr(0, slash + 1).append(next) : next;
     }
     errno = ELOOP;
     throwLastError<vxArchive::WriteFailed>("follow the links of", path);

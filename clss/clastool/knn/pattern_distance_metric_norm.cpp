@@ -31,11 +31,7 @@ vxPatternDistanceMetricNorm::vxPatternDistanceMetricNorm(const vxPatternDistance
     default;
 
 vxPatternDistanceMetricNorm&
-vxPatternDistanceMetricNorm::operator=(const vxPatternDistanceMetricNorm& other) noexcept {
-    vxPatternDistanceMetric::operator=(other);
-    order_ = other.order_;
-    return *this;
-}
+vxPatternDistanceMetricNorm::operator=(const vxPatternDistanceMetricNorm&) noexcept = default;
 
 vxPatternDistanceMetricNorm::~vxPatternDistanceMetricNorm() = default;
 
