@@ -32,6 +32,14 @@ inline std::size_t smallStackSize() {
     return std::max(wanted, least > 0 ? static_cast<std::size_t>(least) : std::size_t{0});
 }
 
+/// As many objects in a row as no recursion survives on the stack above. The sanitizers take their time for
+/// each.
+#if defined(TESTS_SUPPORT_SANITIZED)
+constexpr long longChain = 100000;
+#else
+constexpr long longChain = 1000000;
+#endif
+
 /// Runs `work` on a thread with a stack of `size` bytes and passes its exception on.
 inline void runOnStack(std::size_t size, const std::function<void()>& work) {
     struct Job {

@@ -176,12 +176,12 @@ TEST(StoringCore, AnArchiveThatFailedGivesUpItsShares) {
     EXPECT_FALSE(node->isTracked_());
 }
 
-TEST(StoringCore, AChainOfAMillionObjectsNeedsNoDeepStack) {
+TEST(StoringCore, AChainOfAnyLengthNeedsNoDeepStack) {
     const long before = Node::living;
     Bytes bytes;
     test::runOnSmallStack([&] {
         NodeHandle chain;
-        for (long i = 0; i < 1000000; ++i) {
+        for (long i = 0; i < test::longChain; ++i) {
             NodeHandle next(new Node(i));
             next->left = std::move(chain);
             chain = std::move(next);
@@ -192,9 +192,9 @@ TEST(StoringCore, AChainOfAMillionObjectsNeedsNoDeepStack) {
     test::runOnSmallStack([&] {
         NodeHandle chain;
         load(bytes, chain);
-        EXPECT_EQ(Node::living, before + 1000000);
-        EXPECT_EQ(chain->value, 999999);
-        EXPECT_EQ(chain->left->value, 999998);
+        EXPECT_EQ(Node::living, before + test::longChain);
+        EXPECT_EQ(chain->value, test::longChain - 1);
+        EXPECT_EQ(chain->left->value, test::longChain - 2);
     });
     EXPECT_EQ(Node::living, before);
 }
