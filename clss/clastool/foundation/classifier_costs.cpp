@@ -48,7 +48,8 @@ std::size_t vxClassifierCosts::rows() const noexcept {
 long vxClassifierCosts::misclOverrideIndex_(long trueLabel, long assignedLabel) const {
     requireLabel(trueLabel);
     requireLabel(assignedLabel);
-    for (std::size_t k = 0; k < rows(); ++k) {
+    const std::size_t count = rows();
+    for (std::size_t k = 0; k < count; ++k) {
         if (overrideTrueLabels_[k] == trueLabel && overrideAssignedLabels_[k] == assignedLabel) {
             return static_cast<long>(k);
         }

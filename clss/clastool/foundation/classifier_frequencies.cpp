@@ -38,7 +38,8 @@ long vxClassifierFrequencies::freqOverrideIndex_(long label) const {
     if (label < 0) {
         throw vxClassifierDefs::BadLabel(L"Category labels must be >= 0");
     }
-    for (std::size_t k = 0; k < rows(); ++k) {
+    const std::size_t count = rows();
+    for (std::size_t k = 0; k < count; ++k) {
         if (overrideLabels_[k] == label) {
             return static_cast<long>(k);
         }
