@@ -240,29 +240,6 @@ TEST(ClassifierCostsArchive, LoadedValuesAreNotChecked) {
     EXPECT_ERROR(costs.misclassificationCost(5, 5), BadLabel, sameLabel);
 }
 
-TEST(ClassifierCostsArchive, RowsThatAreNotCompleteDoNotCount) {
-    for (const vxClassifierCosts& costs :
-         {forged(1.0, {1, 3}, {2, 4}, {10.0}), forged(1.0, {1, 3}, {2}, {10.0, 20.0}),
-          forged(1.0, {1}, {2, 4}, {10.0, 20.0}), forged(1.0, {1, 3, 5}, {2, 4}, {10.0})}) {
-        EXPECT_EQ(costs.misclassificationCost(1, 2), 10.0);
-        EXPECT_EQ(costs.misclassificationCost(3, 4), 1.0);
-        EXPECT_EQ(costs.misclOverrideIndex_(3, 4), -1);
-        EXPECT_EQ(costs, vxClassifierCosts(costs));
-    }
-    EXPECT_NE(forged(1.0, {1, 3}, {2, 4}, {10.0}), forged(1.0, {1}, {2}, {10.0}));
-}
-
-TEST(ClassifierCostsArchive, ANewOverrideDropsRowsThatAreNotComplete) {
-    for (vxClassifierCosts costs :
-         {forged(1.0, {1, 3}, {2, 4}, {10.0}), forged(1.0, {1, 3}, {2}, {10.0, 20.0}),
-          forged(1.0, {1}, {2, 4, 6}, {10.0, 20.0})}) {
-        costs.misclassificationCostOverride(8, 9, 90.0);
-        EXPECT_EQ(costs, forged(1.0, {1, 8}, {2, 9}, {10.0, 90.0}));
-        costs.clearMisclassificationOverrides();
-        EXPECT_EQ(costs, vxClassifierCosts(1.0));
-    }
-}
-
 TEST(ClassifierCostsArchive, ALabelOfMoreThanThirtyTwoBitsCannotBeStored) {
     vxClassifierCosts costs(1.0);
     costs.misclassificationCostOverride(1, 2147483648L, 2.0);

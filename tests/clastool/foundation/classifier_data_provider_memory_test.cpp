@@ -330,14 +330,6 @@ TEST(DataProviderMemory, AsksADerivedClassForTheNumberOfPatterns) {
     EXPECT_TRUE(fewer.featurePattern(2).isNull()) << "an empty provider takes any handle";
 }
 
-TEST(DataProviderMemory, NeverReadsBeyondItsDataWhateverADerivedClassCounts) {
-    Recounted more;
-    more.count = 1000;
-    EXPECT_EQ(more.numMeasurements(), 0);
-    EXPECT_ERROR(more.featurePattern(0), BadIndex, badPatternIndex);
-    EXPECT_ERROR(more.categoryLabel(999), BadIndex, badLabelIndex);
-}
-
 TEST(DataProviderMemory, MakeGivesAnEmptyOne) {
     const std::unique_ptr<vxPersistent> made(Memory::make());
     const auto* memory = dynamic_cast<const Memory*>(made.get());
@@ -450,40 +442,6 @@ TEST(DataProviderMemoryArchive, AnObjectThatIsNoPatternLeavesANullHandle) {
     EXPECT_EQ(memory.numPatterns(), 1);
     EXPECT_TRUE(memory.featurePattern(0).isNull());
     EXPECT_ERROR_CLASS(memory.numMeasurements(), vxBadPointer);
-}
-
-TEST(DataProviderMemoryArchive, OnlyCompletePairsCount) {
-    const Memory fewLabels = forged({pattern({1}), pattern({2})}, {5});
-    EXPECT_EQ(fewLabels.numPatterns(), 1);
-    EXPECT_EQ(fewLabels.categoryLabel(0), 5);
-    EXPECT_ERROR(fewLabels.categoryLabel(1), BadIndex, badLabelIndex);
-    EXPECT_ERROR(fewLabels.featurePattern(1), BadIndex, badPatternIndex);
-    const Memory fewPatterns = forged({pattern({1})}, {5, 6});
-    EXPECT_EQ(fewPatterns.numPatterns(), 1);
-    EXPECT_ERROR(fewPatterns.categoryLabel(1), BadIndex, badLabelIndex);
-    const Memory noLabels = forged({pattern({1})}, {});
-    EXPECT_EQ(noLabels.numPatterns(), 0);
-    EXPECT_EQ(noLabels.numMeasurements(), 0);
-    EXPECT_TRUE(fewPatterns != forged({pattern({1})}, {5}));
-    EXPECT_TRUE(fewPatterns == forged({pattern({1})}, {5, 6}));
-}
-
-TEST(DataProviderMemoryArchive, AddingDropsWhatIsNoPair) {
-    for (Memory memory :
-         {forged({pattern({1}), pattern({2}), nullptr}, {5}), forged({pattern({1})}, {5, 6})}) {
-        memory.addData(pattern({3}), 7);
-        EXPECT_EQ(memory.numPatterns(), 2);
-        EXPECT_EQ(memory.categoryLabel(0), 5);
-        EXPECT_EQ(memory.categoryLabel(1), 7);
-        EXPECT_EQ(memory.featurePattern(1)->featureMeasurement(0, true), 3.0);
-    }
-}
-
-TEST(DataProviderMemoryArchive, CountsBeyondTheDataAreRefused) {
-    Memory into;
-    HandWritten byHand;
-    byHand.byte(0).byte(0).byte(0).text(L"").text(L"").byte(0).count(4294967295UL);
-    EXPECT_ERROR_CLASS(test::load(byHand.sealed(), into), vxArchive::TooLarge);
 }
 
 } // namespace

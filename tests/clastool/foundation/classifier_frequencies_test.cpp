@@ -220,29 +220,6 @@ TEST(ClassifierFrequenciesArchive, LoadedValuesAreNotChecked) {
     EXPECT_ERROR(frequencies.categoryFrequency(-5), BadLabel, negativeLabel);
 }
 
-TEST(ClassifierFrequenciesArchive, RowsThatAreNotCompleteDoNotCount) {
-    const vxClassifierFrequencies moreLabels = forged(1.0, {1, 2, 3}, {10.0});
-    EXPECT_EQ(moreLabels.categoryFrequency(1), 10.0);
-    EXPECT_EQ(moreLabels.categoryFrequency(2), 1.0);
-    EXPECT_EQ(moreLabels.freqOverrideIndex_(3), -1);
-    const vxClassifierFrequencies moreValues = forged(1.0, {1}, {10.0, 20.0});
-    EXPECT_EQ(moreValues.categoryFrequency(1), 10.0);
-    EXPECT_NE(moreLabels, moreValues);
-    EXPECT_EQ(moreValues, forged(1.0, {1}, {10.0, 20.0}));
-}
-
-TEST(ClassifierFrequenciesArchive, ANewOverrideDropsRowsThatAreNotComplete) {
-    vxClassifierFrequencies moreLabels = forged(1.0, {1, 2, 3}, {10.0});
-    moreLabels.categoryFrequencyOverride(9, 90.0);
-    EXPECT_EQ(moreLabels, forged(1.0, {1, 9}, {10.0, 90.0}));
-    vxClassifierFrequencies moreValues = forged(1.0, {1}, {10.0, 20.0, 30.0});
-    moreValues.categoryFrequencyOverride(9, 90.0);
-    EXPECT_EQ(moreValues, forged(1.0, {1, 9}, {10.0, 90.0}));
-    vxClassifierFrequencies cleared = forged(1.0, {1}, {10.0, 20.0, 30.0});
-    cleared.clearFrequencyOverrides();
-    EXPECT_EQ(cleared, vxClassifierFrequencies(1.0));
-}
-
 TEST(ClassifierFrequenciesArchive, ALabelOfMoreThanThirtyTwoBitsCannotBeStored) {
     vxClassifierFrequencies frequencies(1.0);
     frequencies.categoryFrequencyOverride(2147483648L, 2.0);

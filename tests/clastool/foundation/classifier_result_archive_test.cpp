@@ -90,17 +90,6 @@ TEST(ClassifierResultArchive, AnotherVersionOfAnEntryIsRefusedWithItsPlaceAndWha
     EXPECT_EQ(into.categoryResults()[0], vxClassifierCategoryResult(3, 0.25, 0.5, 1.0));
 }
 
-TEST(ClassifierResultArchive, ACountBeyondTheDataIsRefusedBeforeMemoryIsTaken) {
-    for (const unsigned long count : {2UL, 4294967295UL}) {
-        HandWritten byHand;
-        byHand.byte(0).byte(0).count(count);
-        putEntry(byHand, 3, 0.25, 0.5, 1.0);
-        vxClassifierResult into({{7, 0.5, 1.0, 2.0}}, 1.0);
-        EXPECT_ERROR_CLASS(test::load(byHand.sealed(), into), vxArchive::TooLarge);
-        EXPECT_THAT(labelsOf(into), ElementsAre(7));
-    }
-}
-
 TEST(ClassifierResultArchive, ALabelOfMoreThanThirtyTwoBitsCannotBeStored) {
     EXPECT_ERROR_CLASS(test::stored(vxClassifierResult({{2147483648L, 0.5, 1.0, 2.0}}, 1.0)),
                        vxArchive::NotRepresentable);

@@ -198,28 +198,6 @@ TEST(DecisionRule, ANotANumberAmongTheMatchScoresPassesAndKeepsTheOrder) {
     EXPECT_EQ(result.categoryResults()[0].matchScore(), 0.1);
 }
 
-TEST(DecisionRule, NotANumbersAndInfinitiesAmongFrequenciesAndCostsLoseNoEntry) {
-    vxClassifierFrequencies frequencies(1.0);
-    vxClassifierCosts costs(1.0);
-    for (long label = 0; label < 100; label += 7) {
-        costs.misclassificationCostOverride(label + 1, label, nan);
-        costs.misclassificationCostOverride(label, label + 1, infinity);
-    }
-    CategoryResults matches;
-    for (long label = 0; label < 100; ++label) {
-        matches.push_back(match(label, static_cast<double>(label % 10 + 1) / 10.0));
-    }
-    std::vector<long> labels = labelsOf(decide(matches, frequencies, costs));
-    std::sort(labels.begin(), labels.end());
-    EXPECT_EQ(labels.size(), 100U);
-    EXPECT_EQ(std::unique(labels.begin(), labels.end()), labels.end());
-
-    frequencies.categoryFrequencyOverride(3, infinity);
-    EXPECT_EQ(decide(matches, frequencies, costs).categoryResults().size(), 100U);
-    frequencies.categoryFrequencyOverride(4, nan);
-    EXPECT_EQ(decide(matches, frequencies, costs).categoryResults().size(), 100U);
-}
-
 // The interruption check.
 
 struct Checks {

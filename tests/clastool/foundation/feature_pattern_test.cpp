@@ -52,12 +52,6 @@ protected:
     }
 };
 
-/// A pattern as an archive brings it, whether or not a constructor would make it.
-vxFeaturePattern forged(const std::vector<double>& measurements, const std::vector<bool>& validity) {
-    return test::loaded(HandWritten().byte(0).byte(0).reals(measurements).flags(validity).sealed(),
-                        vxFeaturePattern({7.0}, {0}));
-}
-
 TEST(FeaturePattern, WithoutMeasurementsHasNone) {
     const vxFeaturePattern pattern({}, {});
     EXPECT_EQ(pattern.numMeasurements(), 0);
@@ -97,13 +91,6 @@ TEST(FeaturePattern, InvalidIndicesMustNotBeNegative) {
 TEST(FeaturePattern, InvalidIndicesMustLieBelowTheNumberOfMeasurements) {
     EXPECT_ERROR(vxFeaturePattern({1, 2}, {2}), BadIndex, largeIndex);
     EXPECT_ERROR(vxFeaturePattern({}, {0}), BadIndex, largeIndex);
-}
-
-TEST(FeaturePattern, HugeInvalidIndicesAreNotCutToThirtyTwoBits) {
-    for (const long index : {2147483647L, 2147483648L, 4294967296L, 4294967297L, longMax}) {
-        EXPECT_ERROR(vxFeaturePattern({1, 2}, {index}), BadIndex, largeIndex);
-    }
-    EXPECT_ERROR(vxFeaturePattern({1, 2}, {-4294967296L}), BadIndex, negativeIndex);
 }
 
 TEST(FeaturePattern, TheFirstBadInvalidIndexDecides) {
@@ -268,33 +255,6 @@ TEST(FeaturePatternArchive, TheBodyChecksTheVersionItself) {
 
 TEST(FeaturePatternArchive, ALevelIsExchangedOnceInAPass) {
     EXPECT_EQ(test::stored(Doubled({1.0}, {})), test::stored(vxFeaturePattern({1.0}, {})));
-}
-
-TEST(FeaturePatternArchive, MissingValidityMarksMeanInvalid) {
-    const vxFeaturePattern pattern = forged({1, 2, 3}, {true});
-    EXPECT_EQ(pattern.numMeasurements(), 3);
-    EXPECT_EQ(pattern.numInvalid(), 2);
-    EXPECT_TRUE(pattern.isValid(0));
-    EXPECT_FALSE(pattern.isValid(1));
-    EXPECT_FALSE(pattern.isValid(2));
-    EXPECT_THAT(pattern.invalidFeatureIndices(), ElementsAre(1, 2));
-    EXPECT_EQ(pattern.featureMeasurement(2, false), 3.0);
-    EXPECT_ERROR(pattern.featureMeasurement(2, true), BadFeatures, notValid);
-    EXPECT_ERROR(pattern.featureMeasurements(true), BadFeatures, notAllValid);
-}
-
-TEST(FeaturePatternArchive, SurplusValidityMarksCountInEqualityAndStoringOnly) {
-    const vxFeaturePattern pattern = forged({1}, {true, false, true});
-    EXPECT_EQ(pattern.numMeasurements(), 1);
-    EXPECT_EQ(pattern.numInvalid(), 0);
-    EXPECT_FALSE(pattern.isValid(2));
-    EXPECT_EQ(pattern.featureMeasurement(2, false), 0.0);
-    EXPECT_THAT(pattern.featureMeasurements(true), ElementsAre(1));
-    EXPECT_THAT(pattern.invalidFeatureIndices(), IsEmpty());
-    EXPECT_NE(pattern, vxFeaturePattern({1}, {}));
-    EXPECT_EQ(pattern, forged({1}, {true, false, true}));
-    EXPECT_EQ(test::stored(pattern),
-              HandWritten().byte(0).byte(0).reals({1}).flags({true, false, true}).sealed());
 }
 
 TEST(FeaturePatternArchive, APatternReferredToTwiceComesBackAsOne) {
