@@ -1,0 +1,508 @@
+#include "tests/clastool/knn/knn_fixtures.h"
+#include "tests/support/expect_error.h"
+#include "tests/support/fake_technique.h"
+#include "tests/support/vtable_slots.h"
+
+#include <vxclassifier/classifier_defs.h>
+#include <vxclassifier/pattern_distance_metric_norm.h>
+#include <vxclassifier/platform/diag_object.h>
+
+#include <limits>
+#include <stdexcept>
+#include <type_traits>
+
+namespace {
+
+using Params = vxClassifierTrainParamsKNN;
+using test::labels;
+using test::line;
+using test::OpenKNN;
+using test::pattern;
+using test::run;
+using test::slotOf;
+using Labels = std::vector<long>;
+
+constexpr const wchar_t* unsuitable =
+    L"K-nearest neighbor classification does not support invalid measurements";
+constexpr const wchar_t* noData = L"No valid data was provided for training.";
+
+/// A provider whose answers a test sets one by one.
+class ScriptedProvider : public vxClassifierDataProvider {
+public:
+    std::wstring name() const override { return L"a name"; }
+    std::wstring description() const override {
+        if (failInDescription) {
+            throw std::runtime_error("no description");
+        }
+        return L"a description";
+    }
+    long numMeasurements() const override { return 1; }
+    long numPatterns() const override { return announced; }
+    test::PatternHandle featurePattern(long index) const override {
+        asked.push_back(index);
+        return patterns.at(static_cast<std::size_t>(index));
+    }
+    long categoryLabel(long index) const override {
+        askedLabels.push_back(index);
+        return patternLabels.at(static_cast<std::size_t>(index));
+    }
+
+    void add(const test::PatternHandle& added, long label) {
+        patterns.push_back(added);
+        patternLabels.push_back(label);
+        announced = static_cast<long>(patterns.size());
+    }
+
+    std::vector<test::PatternHandle> patterns;
+    std::vector<long> patternLabels;
+    long announced = 0;
+    bool failInDescription = false;
+    mutable std::vector<long> asked;
+    mutable std::vector<long> askedLabels;
+};
+
+OpenKNN trained(const vxClassifierDataProvider& data, const Params& params) {
+    OpenKNN classifier;
+    classifier.train(data, params);
+    return classifier;
+}
+
+/// Whether a classifier's store holds what `data` hold, name and description included. Only equality shows.
+bool holds(const vx_ClassifierKNN& classifier, const vxClassifierDataProviderMemory& data) {
+    vx_ClassifierKNN other;
+    other.train(data, *classifier.trainParams());
+    return classifier == other;
+}
+
+TEST(ClassifierKNN, KeepsTheVirtualFunctionsInThePublishedOrder) {
+    EXPECT_EQ(slotOf(&vx_ClassifierKNN::clone), 5u);
+    EXPECT_EQ(slotOf(&vx_ClassifierKNN::isEquivalent), 6u);
+    EXPECT_EQ(slotOf(&OpenKNN::train_), 7u);
+    EXPECT_EQ(slotOf(&OpenKNN::retrain_), 8u);
+    EXPECT_EQ(slotOf(&OpenKNN::trainStart_), 9u);
+    EXPECT_EQ(slotOf(&OpenKNN::trainIncremental_), 10u);
+    EXPECT_EQ(slotOf(&OpenKNN::untrain_), 11u);
+    EXPECT_EQ(slotOf(&OpenKNN::isTrained_), 12u);
+    EXPECT_EQ(slotOf(&OpenKNN::checkRunnable_), 13u);
+    EXPECT_EQ(slotOf(&OpenKNN::run_), 14u);
+}
+
+TEST(ClassifierKNN, IsUntrainedAtFirst) {
+    const OpenKNN classifier;
+    EXPECT_FALSE(classifier.isTrained_());
+    EXPECT_ERROR_CLASS(classifier.checkRunnable_(), vxBadPointer);
+    const vxPtrHandle<vx_ClassifierKNN> made(dynamic_cast<vx_ClassifierKNN*>(vx_ClassifierKNN::make()));
+    EXPECT_FALSE(made->isTrained());
+}
+
+TEST(ClassifierKNN, CannotRunUntrainedEvenThroughTheHook) {
+    const OpenKNN classifier;
+    vxClassifierResult result;
+    EXPECT_ERROR_CLASS(classifier.run_(*pattern({1.0}), result), vxBadPointer);
+}
+
+TEST(ClassifierKNN, TakesOverPatternsAndLabels) {
+    const OpenKNN classifier = trained(line({0.0, 10.0, 20.0}), Params(1));
+    EXPECT_TRUE(classifier.isTrained());
+    EXPECT_EQ(labels(run(classifier, {1.0})), Labels{0});
+    EXPECT_EQ(labels(run(classifier, {11.0})), Labels{1});
+    EXPECT_EQ(labels(run(classifier, {19.0})), Labels{2});
+}
+
+TEST(ClassifierKNN, TakesOverNameAndDescription) {
+    vxClassifierDataProviderMemory data = line({0.0});
+    data.setName(L"a name");
+    data.setDescription(L"a description");
+    const OpenKNN classifier = trained(data, Params(1));
+    EXPECT_TRUE(holds(classifier, data));
+    data.setName(L"another");
+    EXPECT_FALSE(holds(classifier, data));
+    data.setName(L"a name");
+    data.setDescription(L"another");
+    EXPECT_FALSE(holds(classifier, data));
+}
+
+TEST(ClassifierKNN, SharesThePatternsWithTheirProvider) {
+    // The handle here, the provider's, the classifier's; the object dies with the last of them.
+    struct Watched : vxFeaturePattern {
+        explicit Watched(bool& alive) : vxFeaturePattern({1.0}, {}), alive_(alive) { alive_ = true; }
+        ~Watched() override { alive_ = false; }
+        Watched(const Watched&) = delete;
+        Watched& operator=(const Watched&) = delete;
+        bool& alive_;
+    };
+    bool alive = false;
+    OpenKNN classifier;
+    {
+        vxClassifierDataProviderMemory data;
+        data.addData(test::PatternHandle(new Watched(alive)), 0);
+        classifier.train(data, Params(1));
+    }
+    EXPECT_TRUE(alive) << "the classifier keeps the very pattern";
+    classifier.untrain();
+    EXPECT_FALSE(alive);
+}
+
+TEST(ClassifierKNN, LeavesPatternsOfUnknownCategoryOut) {
+    vxClassifierDataProviderMemory data;
+    data.addData(pattern({0.0}), -1);
+    data.addData(pattern({5.0}), 7);
+    data.addData(pattern({0.5}), -1);
+    vxClassifierDataProviderMemory known;
+    known.addData(pattern({5.0}), 7);
+    const OpenKNN classifier = trained(data, Params(3));
+    EXPECT_TRUE(holds(classifier, known));
+    EXPECT_EQ(labels(run(classifier, {0.0})), Labels{7});
+}
+
+TEST(ClassifierKNN, AsksForPatternAndThenLabelInAscendingOrder) {
+    ScriptedProvider data;
+    data.add(pattern({0.0}), 0);
+    data.add(pattern({1.0}), -1);
+    data.add(pattern({2.0}, {0}), 2);
+    OpenKNN classifier;
+    EXPECT_ERROR(classifier.train_(data, Params(1)), vxClassifierDefs::BadFeatures, unsuitable);
+    EXPECT_EQ(data.asked, (std::vector<long>{0, 1, 2}));
+    EXPECT_EQ(data.askedLabels, (std::vector<long>{0, 1})) << "the label is not asked for before the test";
+}
+
+TEST(ClassifierKNN, AcceptsDataWithoutAnyKnownPatternButCannotRun) {
+    vxClassifierDataProviderMemory unknown;
+    unknown.addData(pattern({0.0}), -1);
+    for (const vxClassifierDataProviderMemory& data : {vxClassifierDataProviderMemory(), unknown}) {
+        const OpenKNN classifier = trained(data, Params(1));
+        EXPECT_TRUE(classifier.isTrained());
+        EXPECT_ERROR(classifier.checkRunnable_(), vxClassifierDefs::InsufficientTrainData, noData);
+        EXPECT_ERROR(run(classifier, {0.0}), vxClassifierDefs::InsufficientTrainData, noData);
+    }
+}
+
+TEST(ClassifierKNN, CanRunWithOnePatternWhateverK) {
+    const OpenKNN classifier = trained(line({0.0}), Params(1000));
+    EXPECT_NO_THROW(classifier.checkRunnable_());
+    EXPECT_EQ(labels(run(classifier, {3.0})), Labels{0});
+}
+
+TEST(ClassifierKNN, RefusesParametersOfAnotherTechniqueBeforeAnythingChanges) {
+    OpenKNN classifier = trained(line({0.0, 9.0}), Params(2));
+    ScriptedProvider data;
+    EXPECT_ERROR_CLASS(classifier.train_(data, test::FakeParams()), vxBadPointer);
+    EXPECT_EQ(labels(run(classifier, {1.0})), (Labels{0, 1})) << "same store, same K";
+}
+
+/// The state that a training leaves when it fails on the way: a new, empty store and the new parameters.
+void expectFailedHalfway(OpenKNN& classifier) {
+    EXPECT_TRUE(classifier.isTrained());
+    EXPECT_ERROR(classifier.checkRunnable_(), vxClassifierDefs::InsufficientTrainData, noData);
+    classifier.trainIncremental_(*pattern({0.0}), 0);
+    classifier.trainIncremental_(*pattern({1.0}), 1);
+    EXPECT_EQ(labels(run(classifier, {0.0})), (Labels{0, 1})) << "two neighbours, as the new parameters say";
+}
+
+TEST(ClassifierKNN, RefusesATrainingPatternWithAnInvalidMeasurement) {
+    vxClassifierDataProviderMemory data;
+    data.addData(pattern({0.0}), 0);
+    data.addData(pattern({1.0}, {0}), 1);
+    OpenKNN classifier = trained(line({5.0}), Params(1));
+    EXPECT_ERROR(classifier.train(data, Params(2)), vxClassifierDefs::BadFeatures, unsuitable);
+    expectFailedHalfway(classifier);
+}
+
+TEST(ClassifierKNN, RefusesAnInvalidMeasurementEvenInAPatternOfUnknownCategory) {
+    vxClassifierDataProviderMemory data;
+    data.addData(pattern({1.0}, {0}), -1);
+    OpenKNN classifier;
+    EXPECT_ERROR(classifier.train(data, Params(2)), vxClassifierDefs::BadFeatures, unsuitable);
+    expectFailedHalfway(classifier);
+}
+
+TEST(ClassifierKNN, RefusesANullTrainingPattern) {
+    ScriptedProvider data;
+    data.add(pattern({0.0}), 0);
+    data.add(test::PatternHandle(), -1);
+    OpenKNN classifier;
+    EXPECT_ERROR_CLASS(classifier.train(data, Params(2)), vxBadPointer);
+    EXPECT_EQ(data.askedLabels, std::vector<long>{0});
+    expectFailedHalfway(classifier);
+}
+
+TEST(ClassifierKNN, RefusesWhatItsStoreRefuses) {
+    ScriptedProvider lengths;
+    lengths.add(pattern({0.0}), 0);
+    lengths.add(pattern({0.0, 1.0}), 0);
+    ScriptedProvider badLabel;
+    badLabel.add(pattern({0.0}), -2);
+    OpenKNN classifier;
+    EXPECT_ERROR(classifier.train(lengths, Params(2)), vxClassifierDefs::BadFeatures,
+                 L"Feature patterns must all have the same number of measurements");
+    expectFailedHalfway(classifier);
+    EXPECT_ERROR(classifier.train(badLabel, Params(2)), vxClassifierDefs::BadLabel,
+                 L"Category labels must be >= 0 or unknown");
+    expectFailedHalfway(classifier);
+}
+
+TEST(ClassifierKNN, HasNoParametersAfterAFailedTraining) {
+    ScriptedProvider data;
+    data.failInDescription = true;
+    OpenKNN classifier = trained(line({5.0}), Params(1));
+    EXPECT_THROW(classifier.train(data, Params(2)), std::runtime_error);
+    EXPECT_ERROR_CLASS(classifier.trainParams(), vxClassifierDefs::BadMethod);
+    expectFailedHalfway(classifier);
+}
+
+TEST(ClassifierKNN, TakesAProviderWithANegativeCountForEmpty) {
+    ScriptedProvider data;
+    data.add(pattern({0.0}), 0);
+    for (const long announced : {-1L, std::numeric_limits<long>::min()}) {
+        data.announced = announced;
+        OpenKNN classifier = trained(data, Params(1));
+        EXPECT_ERROR(classifier.checkRunnable_(), vxClassifierDefs::InsufficientTrainData, noData);
+        EXPECT_TRUE(data.asked.empty());
+    }
+}
+
+TEST(ClassifierKNN, TakesNoMemoryForPatternsThatAProviderOnlyAnnounces) {
+    ScriptedProvider data;
+    data.add(pattern({0.0}), 0);
+    data.announced = std::numeric_limits<long>::max();
+    OpenKNN classifier;
+    EXPECT_THROW(classifier.train(data, Params(2)), std::out_of_range) << "the provider's own error";
+    expectFailedHalfway(classifier);
+}
+
+TEST(ClassifierKNN, CopiesTheParametersThatItIsTrainedWith) {
+    Params params(2);
+    OpenKNN classifier;
+    classifier.train(line({0.0, 9.0}), params);
+    params.k(1);
+    EXPECT_EQ(labels(run(classifier, {1.0})), (Labels{0, 1}));
+}
+
+TEST(ClassifierKNN, ForgetsItsDataWhenUntrained) {
+    OpenKNN classifier = trained(line({0.0}), Params(1));
+    classifier.untrain_();
+    EXPECT_FALSE(classifier.isTrained_());
+    EXPECT_ERROR_CLASS(classifier.checkRunnable_(), vxBadPointer);
+}
+
+TEST(ClassifierKNN, StaysUntrainedAfterABareStartOfTraining) {
+    OpenKNN classifier = trained(line({0.0}), Params(1));
+    classifier.trainStart(Params(3));
+    EXPECT_FALSE(classifier.isTrained());
+    EXPECT_ERROR(classifier.trainIncremental(*pattern({0.0}), 0), vxClassifierDefs::NotTrained,
+                 L"Classifier tool must be trained before incremental training.");
+}
+
+TEST(ClassifierKNN, DoesNothingInTheHookThatStartsATraining) {
+    OpenKNN classifier = trained(line({0.0, 9.0}), Params(2));
+    classifier.trainStart_(Params(1));
+    EXPECT_EQ(labels(run(classifier, {1.0})), (Labels{0, 1}));
+}
+
+TEST(ClassifierKNN, LearnsOneMorePattern) {
+    OpenKNN classifier = trained(line({0.0}), Params(1));
+    vxFeaturePattern more({9.0}, {});
+    classifier.trainIncremental(more, 4);
+    more = vxFeaturePattern({0.1}, {});
+    EXPECT_EQ(labels(run(classifier, {8.0})), Labels{4}) << "it keeps a copy of the pattern";
+    EXPECT_EQ(labels(run(classifier, {0.1})), Labels{0});
+}
+
+TEST(ClassifierKNN, LearnsTheFirstPatternOfAnEmptyStore) {
+    OpenKNN classifier = trained(vxClassifierDataProviderMemory(), Params(1));
+    classifier.trainIncremental(*pattern({1.0, 2.0}), 4);
+    EXPECT_EQ(labels(run(classifier, {8.0, 9.0})), Labels{4});
+}
+
+TEST(ClassifierKNN, CannotLearnOneMorePatternWithoutAStore) {
+    OpenKNN classifier;
+    EXPECT_ERROR_CLASS(classifier.trainIncremental_(*pattern({0.0}), 0), vxBadPointer);
+    EXPECT_FALSE(classifier.isTrained());
+}
+
+TEST(ClassifierKNN, RefusesAPatternOrLabelMoreThatTheStoreRefuses) {
+    OpenKNN classifier = trained(line({0.0}), Params(9));
+    EXPECT_ERROR(classifier.trainIncremental(*pattern({0.0, 1.0}), 3), vxClassifierDefs::BadFeatures,
+                 L"Feature pattern must have the same number of measurements as the rest of the data.");
+    EXPECT_ERROR(classifier.trainIncremental(*pattern({0.0}), -2), vxClassifierDefs::BadLabel,
+                 L"Category labels must be >= 0 or unknown");
+    EXPECT_EQ(labels(run(classifier, {0.0})), Labels{0});
+}
+
+TEST(ClassifierKNN, LearnsAnInvalidMeasurementAndFailsInTheNextRun) {
+    OpenKNN classifier = trained(line({0.0}), Params(1));
+    classifier.trainIncremental(*pattern({1.0}, {0}), 1);
+    EXPECT_ERROR(run(classifier, {0.0}), vxClassifierDefs::BadFeatures,
+                 L"Access to full feature vector requires that all features are valid.");
+}
+
+TEST(ClassifierKNN, LearnsAnUnknownLabelAndFailsOnceItIsANeighbour) {
+    OpenKNN classifier = trained(line({0.0}), Params(1));
+    classifier.trainIncremental(*pattern({9.0}), -1);
+    EXPECT_EQ(labels(run(classifier, {1.0})), Labels{0});
+    EXPECT_ERROR(run(classifier, {8.0}), vxClassifierDefs::BadLabel, L"Category labels must be >= 0");
+}
+
+TEST(ClassifierKNN, TakesOtherParametersAndKeepsItsData) {
+    OpenKNN classifier = trained(line({0.0, 1.0, 2.0, 3.0, 4.0}), Params(1));
+    EXPECT_EQ(labels(run(classifier, {0.0})), Labels{0});
+    classifier.retrain(Params(5));
+    EXPECT_EQ(labels(run(classifier, {0.0})), (Labels{0, 1, 2, 3, 4}));
+}
+
+TEST(ClassifierKNN, TakesMetricAndCostsOverWhenRetrained) {
+    OpenKNN classifier = trained(line({0.0, 1.0}), Params(1));
+    vxClassifierCosts costs(1.0);
+    costs.misclassificationCostOverride(1, 0, 8.0);
+    const auto script = test::lookUp({3.0, 3.0});
+    classifier.retrain(Params(2, test::ScriptedMetric(script), costs));
+    const vxClassifierResult result = run(classifier, {0.0});
+    EXPECT_EQ(script->asked, 2);
+    EXPECT_EQ(labels(result), (Labels{1, 0}));
+    EXPECT_EQ(result.categoryResults()[1].expectedCost(), 4.0);
+}
+
+TEST(ClassifierKNN, CannotBeRetrainedWithoutStoredParameters) {
+    OpenKNN classifier;
+    EXPECT_ERROR_CLASS(classifier.retrain_(Params(5)), vxBadPointer);
+    classifier.train_(line({0.0, 9.0}), Params(1)); // past the frame, which would keep the parameters
+    EXPECT_ERROR_CLASS(classifier.retrain_(Params(2)), vxBadPointer);
+    EXPECT_EQ(labels(run(classifier, {1.0})), Labels{0}) << "still one neighbour";
+}
+
+TEST(ClassifierKNN, RefusesToBeRetrainedWithParametersOfAnotherTechnique) {
+    OpenKNN classifier = trained(line({0.0, 9.0}), Params(2));
+    EXPECT_ERROR(classifier.retrain(test::FakeParams()), vxClassifierDefs::BadMethod,
+                 L"Cannot retrain with a different classification technique.");
+    EXPECT_ERROR_CLASS(classifier.retrain_(test::FakeParams()), vxBadPointer);
+    EXPECT_EQ(labels(run(classifier, {1.0})), (Labels{0, 1}));
+}
+
+TEST(ClassifierKNN, CanBeTrainedAndRetrainedWithItsOwnParameters) {
+    OpenKNN classifier = trained(line({0.0, 9.0}), Params(2));
+    classifier.retrain(*classifier.trainParams());
+    EXPECT_EQ(labels(run(classifier, {1.0})), (Labels{0, 1}));
+    const vxClassifierTrainParams& own = *classifier.trainParams(); // held by nobody but the classifier
+    classifier.train(line({0.0, 1.0, 9.0}), own);
+    EXPECT_EQ(labels(run(classifier, {0.0})), (Labels{0, 1}));
+}
+
+TEST(ClassifierKNN, RecordsNothing) {
+    vxDiagObject diag;
+    OpenKNN classifier;
+    classifier.train(line({0.0}), Params(1), &diag, 7);
+    vxClassifierResult result;
+    classifier.run(*pattern({0.0}), result, &diag, 7);
+    EXPECT_EQ(result, run(classifier, {0.0}));
+}
+
+TEST(ClassifierKNN, HasAStoreOfItsOwnInEachCopy) {
+    OpenKNN classifier = trained(line({0.0}), Params(1));
+    OpenKNN copy(classifier);
+    OpenKNN assigned;
+    assigned = classifier;
+    const vxPtrHandle<vx_Classifier> clone = classifier.clone();
+    classifier.trainIncremental(*pattern({9.0}), 4);
+    EXPECT_EQ(labels(run(classifier, {8.0})), Labels{4});
+    for (const vx_Classifier* other :
+         {static_cast<vx_Classifier*>(&copy), static_cast<vx_Classifier*>(&assigned), clone.get()}) {
+        EXPECT_EQ(labels(run(*other, {8.0})), Labels{0});
+    }
+    copy.trainIncremental(*pattern({9.0}), 5);
+    EXPECT_EQ(labels(run(classifier, {8.0})), Labels{4});
+    EXPECT_EQ(labels(run(assigned, {8.0})), Labels{0});
+}
+
+TEST(ClassifierKNN, CopiesTheWorkingParameters) {
+    const OpenKNN classifier = trained(line({0.0, 9.0}), Params(2));
+    const OpenKNN copy(classifier);
+    OpenKNN assigned = trained(line({5.0}), Params(1));
+    assigned = classifier;
+    for (const OpenKNN* other : {&copy, static_cast<const OpenKNN*>(&assigned)}) {
+        EXPECT_TRUE(*other == classifier);
+        EXPECT_EQ(labels(run(*other, {1.0})), (Labels{0, 1}));
+    }
+}
+
+TEST(ClassifierKNN, CopiesTheUntrainedStateToo) {
+    const OpenKNN untrained;
+    OpenKNN assigned = trained(line({5.0}), Params(1));
+    assigned = untrained;
+    EXPECT_FALSE(assigned.isTrained());
+    EXPECT_FALSE(OpenKNN(untrained).isTrained());
+    EXPECT_FALSE(untrained.clone()->isTrained());
+}
+
+TEST(ClassifierKNN, SurvivesAssignmentToItself) {
+    OpenKNN classifier = trained(line({0.0, 9.0}), Params(2));
+    const OpenKNN& alias = classifier;
+    classifier = alias;
+    EXPECT_EQ(labels(run(classifier, {1.0})), (Labels{0, 1}));
+    EXPECT_TRUE(classifier == trained(line({0.0, 9.0}), Params(2)));
+}
+
+TEST(ClassifierKNN, ClonesItsOwnClass) {
+    const vx_ClassifierKNN classifier = trained(line({0.0}), Params(1));
+    EXPECT_TRUE(typeid(*classifier.clone()) == typeid(vx_ClassifierKNN));
+    EXPECT_TRUE(classifier.isEquivalent(*classifier.clone()));
+}
+
+TEST(ClassifierKNN, IsEqualByStateParametersAndData) {
+    const OpenKNN classifier = trained(line({0.0, 1.0}), Params(2));
+    EXPECT_TRUE(classifier == trained(line({0.0, 1.0}), Params(2)));
+    EXPECT_FALSE(classifier != trained(line({0.0, 1.0}), Params(2)));
+    EXPECT_FALSE(classifier == trained(line({0.0, 1.0}), Params(3)));
+    EXPECT_FALSE(classifier == trained(line({0.0, 2.0}), Params(2)));
+    EXPECT_TRUE(classifier != trained(line({0.0, 2.0}), Params(2)));
+    EXPECT_FALSE(classifier == OpenKNN());
+    EXPECT_FALSE(OpenKNN() == classifier);
+    EXPECT_TRUE(OpenKNN() == OpenKNN());
+}
+
+TEST(ClassifierKNN, DoesNotCompareTheWorkingParameters) {
+    const OpenKNN classifier = trained(line({0.0, 9.0}), Params(2));
+    OpenKNN other = classifier;
+    other.retrain_(Params(1)); // past the frame, which keeps the old parameters
+    EXPECT_EQ(labels(run(other, {1.0})), Labels{0});
+    EXPECT_TRUE(classifier == other);
+}
+
+TEST(ClassifierKNN, IsEquivalentToItsOwnClassOnly) {
+    const OpenKNN classifier = trained(line({0.0}), Params(1));
+    const test::FakeClassifier fake;
+    EXPECT_TRUE(classifier.isEquivalent(trained(line({0.0}), Params(1))));
+    EXPECT_FALSE(classifier.isEquivalent(trained(line({0.0}), Params(2))));
+    EXPECT_FALSE(OpenKNN().isEquivalent(fake));
+}
+
+TEST(ClassifierKNN, IsAskedAboutTheOtherByTheOther) {
+    const auto own = std::make_shared<test::MetricScript>();
+    const auto others = std::make_shared<test::MetricScript>();
+    const vxClassifierCosts costs(1.0);
+    const OpenKNN classifier = trained(line({0.0}), Params(1, test::ScriptedMetric(own), costs));
+    const OpenKNN other = trained(line({0.0}), Params(1, test::ScriptedMetric(others), costs));
+    // `==` asks the right side's parameters about the left side's.
+    EXPECT_TRUE(classifier == other);
+    EXPECT_EQ(own->asking, nullptr);
+    EXPECT_NE(others->asking, nullptr);
+    // isEquivalent turns that round once more.
+    others->asking = nullptr;
+    EXPECT_TRUE(classifier.isEquivalent(other));
+    EXPECT_NE(own->asking, nullptr);
+    EXPECT_EQ(others->asking, nullptr);
+}
+
+/// Says that it is trained although it has no store.
+struct Pretender : OpenKNN {
+    bool isTrained_() const override { return true; }
+};
+
+TEST(ClassifierKNN, ThrowsWhereAMissingStoreIsToBeCompared) {
+    const Pretender empty;
+    Pretender full;
+    full.train_(line({0.0}), Params(1));
+    EXPECT_ERROR_CLASS(static_cast<void>(empty == full), vxBadPointer);
+    EXPECT_ERROR_CLASS(static_cast<void>(full == empty), vxBadPointer);
+}
+
+} // namespace
