@@ -195,6 +195,19 @@ TEST(PatternDistanceMetricNorm, GivesEveryBitOfThePlainFormula) {
     }
 }
 
+TEST(PatternDistanceMetricNorm, RaisesToPowersEvenWhereAProductWouldBeNearer) {
+    // Found by search with the GNU library's pow: the sum of products has another root than the sum of
+    // powers.
+    const std::vector<std::vector<double>> rareCases{{0x1.1a1f0ba64fc8cp+0, 0x1.bd3adc922661ap+0},
+                                                     {0x1.0de236d88bfccp+0, 0x1.3849c40af1197p+0},
+                                                     {0x1.655a0729d264ep+0, 0x1.81a1ee830f48p+0},
+                                                     {0x1.d82ef0183959bp+0, 0x1.c1badf923d53ep+0}};
+    for (const std::vector<double>& measurements : rareCases) {
+        EXPECT_EQ(bits(distance(2.0, measurements, {0.0, 0.0})),
+                  bits(slowNorm(measurements, {0.0, 0.0}, 2.0)));
+    }
+}
+
 TEST(PatternDistanceMetricNorm, SumsInTheOrderOfTheMeasurements) {
     // 1 is lost beside 1e16 but two of them are not.
     EXPECT_EQ(distance(1.0, {1e16, 1.0, 1.0}, {0.0, 0.0, 0.0}), 1e16);
