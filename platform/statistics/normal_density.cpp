@@ -39,14 +39,23 @@ void shrink(PackedLower& correlation, double weight) noexcept {
     }
 }
 
+/// What the smallest eigenvalue becomes. A clearly singular matrix gets the square root of the resolution of
+/// doubles: rounding errors disturb the density by their ratio to it, it disturbs the rest of the density by
+/// itself, and so neither is seen. The tolerance and half of it are joined by a continuous way.
+double replacementOf(double smallest, double tolerance) {
+    const double ofSingular = std::ldexp(1.0, -26);
+    const double way = std::min(1.0, std::max(0.0, 2.0 * (tolerance - smallest) / tolerance));
+    return tolerance * std::pow(ofSingular / tolerance, way);
+}
+
 /// How far a singular correlation matrix has to be drawn towards independent measurements.
 double shrinkingWeight(const PackedLower& correlation, std::int64_t numSamples) {
     const double order = static_cast<double>(correlation.order());
     const double unseenDirections = 1.0 - static_cast<double>(numSamples - 1) / order;
     const double tolerance = smallestRegularEigenvalue(correlation.order());
     const double smallest = smallestEigenvalue(correlation);
-    const double forTolerance = (tolerance - smallest) / (1.0 - smallest);
-    return std::min(1.0, std::max({0.0, unseenDirections, forTolerance}));
+    const double forReplacement = (replacementOf(smallest, tolerance) - smallest) / (1.0 - smallest);
+    return std::min(1.0, std::max({0.0, unseenDirections, forReplacement}));
 }
 
 bool isRegular(const PackedLower& correlation) {

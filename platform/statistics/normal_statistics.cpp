@@ -95,10 +95,9 @@ void enterPattern(vmath_PDFMultivariateNormal& pdf, StatisticsRest& rest, const 
 void enterStatistics(vmath_PDFMultivariateNormal& pdf, StatisticsRest& rest,
                      const vmath_PDFMultivariateNormal& other, const StatisticsRest& otherRest,
                      double* differences) noexcept {
-    const std::int64_t total = sumOfCounts(rest.numSamples, otherRest.numSamples);
-    const double count = static_cast<double>(total);
     const double ownCount = static_cast<double>(rest.numSamples);
     const double otherCount = static_cast<double>(otherRest.numSamples);
+    const double count = ownCount + otherCount;
     const std::size_t size = rest.mean.size();
     for (std::size_t i = 0; i < size; ++i) {
         const double ofMeans = other.mean.rows[i][0] - pdf.mean.rows[i][0];
@@ -120,8 +119,8 @@ void enterStatistics(vmath_PDFMultivariateNormal& pdf, StatisticsRest& rest,
     for (std::size_t i = 0; i < size; ++i) {
         add(pdf.mean.rows[i][0], rest.mean[i], differences[i] * (otherCount / count));
     }
-    rest.numSamples = total;
-    pdf.numSamples = published(total);
+    rest.numSamples = sumOfCounts(rest.numSamples, otherRest.numSamples);
+    pdf.numSamples = published(rest.numSamples);
 }
 
 } // namespace detail

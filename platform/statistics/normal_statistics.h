@@ -31,8 +31,8 @@ std::int32_t published(std::int64_t numSamples) noexcept;
 void enterPattern(vmath_PDFMultivariateNormal& pdf, StatisticsRest& rest, const double* values, double factor,
                   double* differences) noexcept;
 
-/// Enters the data of other statistics of the same size, both with at least one sample. `otherMean` and the
-/// others may be those of `pdf` itself.
+/// Enters the data of other statistics of the same size, both with at least one sample; the rest of `pdf`
+/// has room for two. `other` may be `pdf` itself; `otherRest` is not its rest then, but a copy of it.
 void enterStatistics(vmath_PDFMultivariateNormal& pdf, StatisticsRest& rest,
                      const vmath_PDFMultivariateNormal& other, const StatisticsRest& otherRest,
                      double* differences) noexcept;
