@@ -204,6 +204,13 @@ TEST(FeatureScoreOneSided, TheRampIsRoundedOperationByOperation) {
     EXPECT_EQ(oneSided(8.86, 8.52, 7, 0.63, 0.5).score(8.74), 0x1.2b1177de44abcp-1);
 }
 
+// The formula of the ramp would give 0.76 and 0.65 a little wrong there, and NaN where x0 is infinite.
+TEST(FeatureScoreOneSided, X0ItselfScoresExactlyY0) {
+    EXPECT_EQ(oneSided(1.21, 7.63, 9, 0.76, 0.26).score(1.21), 0.76);
+    EXPECT_EQ(oneSided(4.46, 4.05, 3, 0.65, 0.79).score(4.46), 0.65);
+    EXPECT_EQ(oneSided(-infinity, 1, 2, 0.25, 0.75).score(-infinity), 0.25);
+}
+
 TEST(FeatureScoreOneSided, ANaNValueGivesNaNWhenRisingAndNothingWhenFalling) {
     EXPECT_TRUE(std::isnan(oneSided(0, 1, 2, 0.25, 0.75).score(notANumber)));
     EXPECT_TRUE(std::isnan(oneSided(1, 1, 2, 0.25, 0.75).score(notANumber)));

@@ -166,9 +166,11 @@ TEST(FeatureScoreTwoSided, ScoringChecksBothPartsThenTheBoundary) {
     TwoSided low = trapezoid();
     low.x1(2.5);
     EXPECT_ERROR(low.score(0), BadParams, badScore);
+    EXPECT_ERROR(low.score(4), BadParams, badScore);
     TwoSided high = trapezoid();
     high.x1h(5.5);
     EXPECT_ERROR(high.score(0), BadParams, badScore);
+    EXPECT_ERROR(high.score(4), BadParams, badScore);
     TwoSided both = trapezoid();
     both.xc(4);
     both.x1h(5.5);

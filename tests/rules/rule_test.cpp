@@ -92,6 +92,7 @@ TEST(Rule, CopiesShareTheFunctions) {
 TEST(Rule, TheScoreIsTheGeometricMeanOfTheScores) {
     EXPECT_EQ(scoreOf({0.25, 1.0}), 0.5);
     EXPECT_EQ(scoreOf({0.3}), 0.3);
+    EXPECT_EQ(scoreOf({1e-200, 1e-100}), std::pow(1e-200 * 1e-100, 0.5));
     EXPECT_EQ(scoreOf({0.7, 0.9, 0.2}), std::pow(0.7 * 0.9 * 0.2, 1.0 / 3.0));
 }
 
