@@ -1,0 +1,181 @@
+#include "tests/clastool/tree/small_stack.h"
+#include "tests/clastool/tree/trees.h"
+#include "tests/support/archives.h"
+
+#include <vxclassifier/classifier_decision_tree.h>
+
+#include <gtest/gtest.h>
+
+#include <numeric>
+
+// Trees whose subtrees lie on more paths than anything could walk. None of these tests would end if it did.
+
+namespace {
+
+using Labels = std::vector<long>;
+using test::always;
+using test::leaf;
+using test::Predicate;
+using test::Tree;
+
+constexpr int levels = 64;
+
+/// Both branches of each node are one object.
+Tree doubled(Tree tree, int times = levels, const Predicate& predicate = always()) {
+    for (int i = 0; i < times; ++i) {
+        tree = test::node(predicate, tree, tree);
+    }
+    return tree;
+}
+
+/// The same by the published constructor alone, which makes a clone for each branch.
+Tree doubledByClones(const Tree& tree) {
+    Tree top = tree;
+    for (int i = 0; i < levels; ++i) {
+        top = Tree(new vxDecisionTreeNode(*always(), *top, *top));
+    }
+    return top;
+}
+
+/// Each node stands above the next one and the one after it.
+Tree ladder(const Tree& bottom) {
+    Tree next = bottom;
+    Tree top = bottom;
+    for (int i = 0; i < 2 * levels; ++i) {
+        const Tree node = test::node(always(), top, next);
+        next = top;
+        top = node;
+    }
+    return top;
+}
+
+TEST(Sharing, EqualTreesAreFoundEqual) {
+    EXPECT_TRUE(doubled(leaf({1}))->isEqual(*doubled(leaf({1}))));
+    EXPECT_TRUE(doubled(leaf({1}))->isEqual(*doubledByClones(leaf({1}))));
+    EXPECT_TRUE(doubledByClones(leaf({1}))->isEqual(*doubled(leaf({1}))));
+    EXPECT_TRUE(ladder(leaf({1}))->isEqual(*ladder(leaf({1}))));
+    const Tree tree = doubled(leaf({1}));
+    EXPECT_TRUE(tree->isEqual(*tree));
+    EXPECT_TRUE(tree->isEqual(*tree->clone()));
+}
+
+TEST(Sharing, ADifferenceAtTheEndIsFound) {
+    EXPECT_FALSE(doubled(leaf({1}))->isEqual(*doubled(leaf({2}))));
+    EXPECT_FALSE(doubled(leaf({1}))->isEqual(*doubled(leaf({1}), levels - 1)));
+    EXPECT_FALSE(doubled(leaf({1}))->isEqual(*doubled(leaf({1}), levels + 1)));
+
+    const Tree left = doubled(leaf({1}));
+    EXPECT_FALSE(test::node(always(), left, leaf({2}))->isEqual(*test::node(always(), left, leaf({3}))));
+}
+
+TEST(Sharing, ANaNIsFoundAndMakesATreeUnequalToItself) {
+    const Tree tree = doubled(Tree(new vxDecisionTreeLeaf(test::resultOf({1}, test::nan))));
+    EXPECT_FALSE(tree->isEqual(*tree));
+}
+
+TEST(Sharing, ANullAtTheEndIsFound) {
+    const Tree broken = doubled(test::node(always(), leaf({1}), nullptr));
+    EXPECT_THROW(broken->isEqual(*broken), vxBadPointer);
+    EXPECT_THROW(broken->isEqual(*doubled(test::node(always(), leaf({1}), leaf({2})))), vxBadPointer);
+    EXPECT_FALSE(broken->isEqual(*doubled(test::node(always(), leaf({2}), leaf({2})))));
+    EXPECT_THROW(broken->categoryLabels(), vxBadPointer);
+}
+
+TEST(Sharing, LabelsAreListed) {
+    EXPECT_EQ(doubled(leaf({3, 1}))->categoryLabels(), (Labels{3, 1}));
+    EXPECT_EQ(doubledByClones(leaf({3, 1}))->numCategories(), 2);
+    EXPECT_EQ(ladder(leaf({3, 1}))->categoryLabels(), (Labels{3, 1}));
+}
+
+TEST(Sharing, CallersClassesAreComparedOncePerPair) {
+    /// Sends every comparison to itself by a virtual call.
+    struct OwnNode : vxDecisionTreeNode {
+        using vxDecisionTreeNode::vxDecisionTreeNode;
+        vxPtrHandle<vxDecisionTree> clone() const override { return Tree(new OwnNode(*this)); }
+    };
+    struct OwnPredicate : vxValidityPredicate {
+        vxPtrHandle<vxPredicateFunction> clone() const override { return Predicate(new OwnPredicate(*this)); }
+    };
+    const auto ownDoubled = [] {
+        Tree tree = leaf({1});
+        for (int i = 0; i < levels; ++i) {
+            tree = Tree(
+                new OwnNode(test::GivenPredicate(always()), test::GivenTree(tree), test::GivenTree(tree)));
+        }
+        return tree;
+    };
+    EXPECT_TRUE(ownDoubled()->isEqual(*ownDoubled()));
+    EXPECT_EQ(ownDoubled()->categoryLabels(), Labels{1});
+    const Predicate own(new OwnPredicate);
+    EXPECT_TRUE(doubled(leaf({1}), levels, own)->isEqual(*doubled(leaf({1}), levels, own)));
+}
+
+/// `selectors` doubled levels above a full binary tree of as many levels, or the other way round, above
+/// `tails`: the levels of one kind do not matter for which tail is reached, those of the other do. So of two
+/// trees that differ in the order every tail meets every other one.
+Tree fanned(std::vector<Tree> trees, const Tree& tail) {
+    while (trees.size() > 1) {
+        for (std::size_t i = 0; i < trees.size() / 2; ++i) {
+            trees[i] = test::node(always(), trees[2 * i], trees[2 * i + 1]);
+        }
+        trees.resize(trees.size() / 2);
+    }
+    return trees.empty() ? tail : trees.front();
+}
+
+Tree longTail(int length) {
+    Tree tail = leaf({1});
+    for (int i = 0; i < length; ++i) {
+        tail = test::node(always(), tail, leaf({2}));
+    }
+    return tail;
+}
+
+TEST(Sharing, ManyEqualPartsNeedNotMeetPairByPair) {
+    constexpr int fanLevels = 12;
+    constexpr std::size_t tails = std::size_t{1} << fanLevels;
+    constexpr int tailLength = 50;
+    // 4096 tails on each side: pair by pair that would be 16 million comparisons of 50 nodes.
+    std::vector<Tree> below;
+    std::vector<Tree> above;
+    for (std::size_t i = 0; i < tails; ++i) {
+        below.push_back(longTail(tailLength));
+        above.push_back(doubled(longTail(tailLength), fanLevels));
+    }
+    const Tree left = doubled(fanned(below, nullptr), fanLevels);
+    const Tree right = fanned(above, nullptr);
+    EXPECT_TRUE(left->isEqual(*right));
+    EXPECT_TRUE(right->isEqual(*left));
+}
+
+TEST(Sharing, ManyLabelsAreListedInLinearTime) {
+    // A search through the list for each label would make 4 * 10^10 comparisons.
+    constexpr std::size_t count = 200000;
+    Labels labels(count);
+    std::iota(labels.begin(), labels.end(), 0);
+    const Tree half = leaf(Labels(labels.begin(), labels.begin() + count / 2));
+    const Tree otherHalf = leaf(Labels(labels.begin() + count / 2, labels.end()));
+    const Tree tree = test::node(always(), test::node(always(), otherHalf, half), half);
+    EXPECT_EQ(tree->categoryLabels(), labels);
+}
+
+TEST(Sharing, ArchivesHoldEachSubtreeOnceAndBringItBackShared) {
+    test::onSmallStack([] {
+        const Tree tree = doubled(leaf({1}));
+        const test::Bytes bytes = test::stored(tree);
+        Tree loaded;
+        test::load(bytes, loaded);
+        EXPECT_TRUE(loaded->isEqual(*tree));
+        EXPECT_EQ(test::stored(loaded), bytes);
+        const auto& node = dynamic_cast<const vxDecisionTreeNode&>(*loaded);
+        EXPECT_EQ(node.trueTree(), node.falseTree());
+
+        vx_ClassifierDecisionTree classifier;
+        classifier.trainManual(*loaded);
+        vxClassifierResult result;
+        classifier.run(test::patternOf({}), result);
+        EXPECT_EQ(result, test::resultOf({1}));
+    });
+}
+
+} // namespace
