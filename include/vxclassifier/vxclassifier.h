@@ -2,18 +2,23 @@
 #define VXCLASSIFIER_VXCLASSIFIER_H
 
 // The whole library.
+#include <vxclassifier/category_model.h>
+#include <vxclassifier/category_model_bayesian.h>
 #include <vxclassifier/class_data_generator.h>
 #include <vxclassifier/classifier.h>
+#include <vxclassifier/classifier_bayesian.h>
 #include <vxclassifier/classifier_costs.h>
 #include <vxclassifier/classifier_data_provider.h>
 #include <vxclassifier/classifier_data_provider_memory.h>
 #include <vxclassifier/classifier_decision_tree.h>
 #include <vxclassifier/classifier_defs.h>
+#include <vxclassifier/classifier_distribution_types.h>
 #include <vxclassifier/classifier_frequencies.h>
 #include <vxclassifier/classifier_knn.h>
 #include <vxclassifier/classifier_result.h>
 #include <vxclassifier/classifier_tool.h>
 #include <vxclassifier/classifier_train_params.h>
+#include <vxclassifier/classifier_train_params_bayesian.h>
 #include <vxclassifier/classifier_train_params_knn.h>
 #include <vxclassifier/comparison_predicate.h>
 #include <vxclassifier/decision_tree.h>
@@ -24,6 +29,8 @@
 #include <vxclassifier/feature_vector.h>
 #include <vxclassifier/pattern_distance_metric.h>
 #include <vxclassifier/pattern_distance_metric_norm.h>
+#include <vxclassifier/pdf_binomial.h>
+#include <vxclassifier/pdf_multivariate_normal.h>
 #include <vxclassifier/platform/archive.h>
 #include <vxclassifier/platform/archive_direction.h>
 #include <vxclassifier/platform/archive_file.h>
@@ -45,6 +52,7 @@
 #include <vxclassifier/platform/status.h>
 #include <vxclassifier/platform/text.h>
 #include <vxclassifier/predicate_function.h>
+#include <vxclassifier/probability_density_function.h>
 #include <vxclassifier/range_predicate.h>
 #include <vxclassifier/rule.h>
 #include <vxclassifier/rule_table.h>

@@ -1,0 +1,161 @@
+#include <vxclassifier/category_model_bayesian.h>
+
+#include "clss/clastool/bayes/selection.h"
+#include "platform/archive/class_level.h"
+
+#include <vxclassifier/classifier_defs.h>
+#include <vxclassifier/pdf_binomial.h>
+#include <vxclassifier/pdf_multivariate_normal.h>
+#include <vxclassifier/platform/text.h>
+
+#include <algorithm>
+#include <typeinfo>
+
+vx_Instantiator vx_CategoryModelBayesian::sExemplar(typeid(vx_CategoryModelBayesian),
+                                                    &vx_CategoryModelBayesian::make);
+
+namespace {
+
+using Types = vxClassifierDistributionTypes;
+using PdfHandle = vxPtrHandle<vx_ProbabilityDensityFunction>;
+
+vxFeaturePattern selectMeasurements(const vxFeaturePattern& pattern, const std::vector<long>& indices) {
+    return detail::Selection(pattern, indices).pattern();
+}
+
+PdfHandle newBinomial(const std::vector<long>& set, const vxFeaturePattern& maxMeasurementValues) {
+    constexpr double defaultMaximum = 1.0;
+    const vxFeaturePattern maxima = selectMeasurements(maxMeasurementValues, set);
+    return PdfHandle(new vx_PDFBinomial(maxima.isValid(0) ? maxima : vxFeaturePattern({defaultMaximum}, {})));
+}
+
+PdfHandle newPdf(Types::DistributionType type, const std::vector<long>& set,
+                 const vxFeaturePattern& maxMeasurementValues) {
+    switch (type) {
+    case Types::eMultivariateNormal:
+        return PdfHandle(new vx_PDFMultivariateNormal);
+    case Types::eBinomial:
+        return newBinomial(set, maxMeasurementValues);
+    case Types::ePoisson:
+        throw vxClassifierDefs::NotImplemented(L"Poisson distribution is not implemented");
+    case Types::eUniform:
+        throw vxClassifierDefs::NotImplemented(L"Uniform distribution is not implemented");
+    }
+    throw vxClassifierDefs::BadParams(L"Unknown distribution type");
+}
+
+} // namespace
+
+vx_CategoryModelBayesian::vx_CategoryModelBayesian() noexcept = default;
+
+vx_CategoryModelBayesian::vx_CategoryModelBayesian(long label,
+                                                   const std::vector<std::vector<long>>& dependencySets,
+                                                   const std::vector<Types::DistributionType>& types,
+                                                   const vxFeaturePattern& maxMeasurementValues)
+    : dependencySets_(dependencySets), pdfs_(types.size()) {
+    categoryLabel(label);
+    for (std::size_t i = 0; i < dependencySets_.size(); ++i) {
+        if (i >= types.size()) {
+            throw vxClassifierDefs::BadParams(L"Unknown distribution type");
+        }
+        numMeasurements(numMeasurements() + static_cast<long>(dependencySets_[i].size()));
+        pdfs_[i] = newPdf(types[i], dependencySets_[i], maxMeasurementValues);
+    }
+}
+
+vx_CategoryModelBayesian::vx_CategoryModelBayesian(const vx_CategoryModelBayesian&) = default;
+vx_CategoryModelBayesian& vx_CategoryModelBayesian::operator=(const vx_CategoryModelBayesian&) = default;
+vx_CategoryModelBayesian::~vx_CategoryModelBayesian() = default;
+
+vxPersistent* vx_CategoryModelBayesian::make() {
+    return new vx_CategoryModelBayesian;
+}
+
+vx_ProbabilityDensityFunction& vx_CategoryModelBayesian::pdf(std::size_t set) const {
+    return set < pdfs_.size() ? *pdfs_[set] : *PdfHandle();
+}
+
+/// The two densities of this library are asked without making a pattern, which would cost more than the
+/// density itself.
+double vx_CategoryModelBayesian::logValue(std::size_t set, const vxFeaturePattern& pattern) const {
+    detail::Selection selection(pattern, dependencySets_[set]);
+    const vx_ProbabilityDensityFunction& density = pdf(set);
+    if (typeid(density) == typeid(vx_PDFMultivariateNormal)) {
+        return static_cast<const vx_PDFMultivariateNormal&>(density).logValue(selection.view());
+    }
+    if (typeid(density) == typeid(vx_PDFBinomial)) {
+        return static_cast<const vx_PDFBinomial&>(density).logValue(selection.size(),
+                                                                    selection.valuesIfValid());
+    }
+    return density.logValue(selection.pattern());
+}
+
+double vx_CategoryModelBayesian::matchScore(const vxFeaturePattern& pattern, vxDiagObject*,
+                                            unsigned long) const {
+    try {
+        double sum = 0.0;
+        for (std::size_t i = 0; i < dependencySets_.size(); ++i) {
+            sum += logValue(i, pattern);
+        }
+        return sum;
+    } catch (const vxClassifierDefs::InsufficientTrainData& error) {
+        throw vxClassifierDefs::InsufficientTrainData(error.message() + L" for category " +
+                                                      vfStr(categoryLabel()));
+    }
+}
+
+void vx_CategoryModelBayesian::adapt(const vxFeaturePattern& pattern, vxDiagObject*, unsigned long) {
+    for (std::size_t i = 0; i < dependencySets_.size(); ++i) {
+        const std::vector<vxFeaturePattern> selection{selectMeasurements(pattern, dependencySets_[i])};
+        pdf(i).updateWithData(selection);
+    }
+}
+
+void vx_CategoryModelBayesian::beginTraining() noexcept {
+    for (const PdfHandle& handle : pdfs_) {
+        if (auto* normal = dynamic_cast<vx_PDFMultivariateNormal*>(handle.get())) {
+            normal->beginUpdates();
+        }
+    }
+}
+
+void vx_CategoryModelBayesian::endTraining() noexcept {
+    for (const PdfHandle& handle : pdfs_) {
+        if (auto* normal = dynamic_cast<vx_PDFMultivariateNormal*>(handle.get())) {
+            normal->endUpdates();
+        }
+    }
+}
+
+std::int64_t vx_CategoryModelBayesian::numUsed() const noexcept {
+    std::int64_t used = 0;
+    for (const std::vector<long>& set : dependencySets_) {
+        for (const std::int64_t index : set) {
+            used = std::max(used, index + 1);
+        }
+    }
+    return used;
+}
+
+bool vx_CategoryModelBayesian::operator==(const vx_CategoryModelBayesian& other) const {
+    if (vx_CategoryModel::operator!=(other) || pdfs_.size() != other.pdfs_.size()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < pdfs_.size(); ++i) {
+        if (!pdfs_[i]->isEquivalent(*other.pdfs_[i])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void vx_CategoryModelBayesian::dispatchSerialize(vxArchive& archive) {
+    detail::exchangeLevel(archive, this, [&](unsigned char version) { serialize_(archive, version); });
+}
+
+void vx_CategoryModelBayesian::serialize_(vxArchive& archive, unsigned char version) {
+    detail::requireVersionZero(version);
+    vx_CategoryModel::dispatchSerialize(archive);
+    archive || dependencySets_;
+    archive || pdfs_;
+}

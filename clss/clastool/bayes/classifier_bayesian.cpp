@@ -1,0 +1,253 @@
+#include <vxclassifier/classifier_bayesian.h>
+
+#include "clss/clastool/bayes/model_layout.h"
+#include "platform/archive/class_level.h"
+
+#include <vxclassifier/category_model_bayesian.h>
+#include <vxclassifier/classifier_data_provider.h>
+#include <vxclassifier/classifier_defs.h>
+#include <vxclassifier/classifier_result.h>
+#include <vxclassifier/classifier_train_params_bayesian.h>
+#include <vxclassifier/platform/attention.h>
+#include <vxclassifier/platform/exception.h>
+#include <vxclassifier/platform/status.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <unordered_map>
+
+vx_Instantiator vx_ClassifierBayesian::sExemplar(typeid(vx_ClassifierBayesian), &vx_ClassifierBayesian::make);
+
+namespace {
+
+const vxClassifierTrainParamsBayesian& bayesian(const vxClassifierTrainParams& params) {
+    if (const auto* own = dynamic_cast<const vxClassifierTrainParamsBayesian*>(&params)) {
+        return *own;
+    }
+    throw vxBadPointer();
+}
+
+vx_CategoryModelBayesian& bayesian(const vxPtrHandle<vx_CategoryModel>& model) {
+    if (auto* own = dynamic_cast<vx_CategoryModelBayesian*>(model.get())) {
+        return *own;
+    }
+    throw vxBadPointer();
+}
+
+using Positions = std::unordered_map<long, std::size_t>; // label to the place of its model
+
+Positions positionsOf(const std::vector<long>& labels) {
+    Positions positions;
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+        positions.emplace(labels[i], i); // keeps the first
+    }
+    return positions;
+}
+
+void throwIfInterrupted() {
+    vfThrowExceptionOnFailure(vsys_attention_check());
+}
+
+/// The largest log-likelihood. NaN gives way to whatever follows it.
+double largest(const std::vector<double>& logLikelihoods) {
+    double best = -std::numeric_limits<double>::infinity();
+    for (const double value : logLikelihoods) {
+        if (!(best >= value)) {
+            best = value;
+        }
+    }
+    return best;
+}
+
+} // namespace
+
+/// However a training ends, what it leaves is made fast to run.
+class vx_ClassifierBayesian::EndOfTraining {
+public:
+    explicit EndOfTraining(const std::vector<vxPtrHandle<vx_CategoryModel>>& models) noexcept
+        : models_(models) {}
+    ~EndOfTraining() {
+        for (const vxPtrHandle<vx_CategoryModel>& model : models_) {
+            if (auto* own = dynamic_cast<vx_CategoryModelBayesian*>(model.get())) {
+                own->endTraining();
+            }
+        }
+    }
+    EndOfTraining(const EndOfTraining&) = delete;
+    EndOfTraining& operator=(const EndOfTraining&) = delete;
+
+private:
+    const std::vector<vxPtrHandle<vx_CategoryModel>>& models_;
+};
+
+vx_ClassifierBayesian::vx_ClassifierBayesian() noexcept = default;
+vx_ClassifierBayesian::vx_ClassifierBayesian(const vx_ClassifierBayesian&) = default;
+vx_ClassifierBayesian::~vx_ClassifierBayesian() = default;
+
+vx_ClassifierBayesian& vx_ClassifierBayesian::operator=(const vx_ClassifierBayesian& other) {
+    beginAssignment_();
+    std::vector<long> labels = other.categoryLabels_;
+    std::vector<vxPtrHandle<vx_CategoryModel>> models = other.categoryModels_;
+    // Nothing throws from here on.
+    vx_Classifier::operator=(other);
+    categoryLabels_.swap(labels);
+    categoryModels_.swap(models);
+    return *this;
+}
+
+vxPersistent* vx_ClassifierBayesian::make() {
+    return new vx_ClassifierBayesian;
+}
+
+vxPtrHandle<vx_Classifier> vx_ClassifierBayesian::clone() const {
+    return vxPtrHandle<vx_Classifier>(new vx_ClassifierBayesian(*this));
+}
+
+bool vx_ClassifierBayesian::isEquivalent(const vx_Classifier& other) const {
+    const auto* own = dynamic_cast<const vx_ClassifierBayesian*>(&other);
+    return own != nullptr && *this == *own;
+}
+
+bool vx_ClassifierBayesian::operator==(const vx_ClassifierBayesian& other) const {
+    return vx_Classifier::isEquivalent(other) &&
+           std::equal(categoryModels_.begin(), categoryModels_.end(), other.categoryModels_.begin(),
+                      other.categoryModels_.end(),
+                      [](const auto& a, const auto& b) { return bayesian(a) == bayesian(b); });
+}
+
+void vx_ClassifierBayesian::train_(const vxClassifierDataProvider& data,
+                                   const vxClassifierTrainParams& params) {
+    const vxClassifierTrainParamsBayesian& own = bayesian(params);
+    const long numPatterns = data.numPatterns();
+    const long numMeasurements = data.numMeasurements();
+    if (numPatterns < 1) {
+        return;
+    }
+    dropUnmatchedRows();
+    Positions positions = positionsOf(categoryLabels_);
+    const EndOfTraining endOfTraining(categoryModels_);
+    constexpr long unknownLabel = -1;
+    for (long i = 0; i < numPatterns; ++i) {
+        const vxPtrHandle_const<vxFeaturePattern> pattern = data.featurePattern(i);
+        const long label = data.categoryLabel(i);
+        if (label == unknownLabel) {
+            continue;
+        }
+        auto position = positions.find(label);
+        if (position == positions.end()) {
+            addModel(label, own, numMeasurements);
+            position = positions.emplace(label, categoryModels_.size() - 1).first;
+        }
+        bayesian(categoryModels_[position->second]).adapt(*pattern, nullptr, 0);
+    }
+}
+
+/// Labels without models can only come out of an archive; their models are built anew.
+void vx_ClassifierBayesian::dropUnmatchedRows() {
+    const std::size_t rows = std::min(categoryLabels_.size(), categoryModels_.size());
+    categoryLabels_.resize(rows);
+    categoryModels_.resize(rows);
+}
+
+void vx_ClassifierBayesian::addModel(long label, const vxClassifierTrainParamsBayesian& params,
+                                     long numMeasurements) {
+    const detail::ModelLayout layout(params.distributionTypes(), label, numMeasurements);
+    const vxPtrHandle<vx_CategoryModelBayesian> model(
+        new vx_CategoryModelBayesian(label, layout.sets(), layout.types(), params.maxMeasurementValues()));
+    model->beginTraining();
+    categoryLabels_.push_back(label);
+    try {
+        categoryModels_.push_back(model);
+    } catch (...) {
+        categoryLabels_.pop_back();
+        throw;
+    }
+}
+
+void vx_ClassifierBayesian::retrain_(const vxClassifierTrainParams& params) {
+    const vxClassifierTrainParamsBayesian& fresh = bayesian(params);
+    const vxClassifierTrainParamsBayesian& current = bayesian(*storedParams_());
+    if (fresh.distributionTypes() != current.distributionTypes()) {
+        throw vxClassifierDefs::BadParams(
+            L"Cannot retrain a Bayesian classifier with different distribution types.");
+    }
+    if (fresh.maxMeasurementValues() != current.maxMeasurementValues()) {
+        throw vxClassifierDefs::BadParams(
+            L"Cannot retrain a Bayesian classifier with different maximum measurements values.");
+    }
+}
+
+void vx_ClassifierBayesian::trainStart_(const vxClassifierTrainParams&) {}
+void vx_ClassifierBayesian::trainIncremental_(const vxFeaturePattern&, long) {}
+
+void vx_ClassifierBayesian::untrain_() {
+    categoryModels_.clear();
+    categoryLabels_.clear();
+}
+
+bool vx_ClassifierBayesian::isTrained_() const {
+    return !categoryModels_.empty();
+}
+
+void vx_ClassifierBayesian::checkRunnable_() const {
+    if (categoryModels_.empty()) {
+        throw vxClassifierDefs::InsufficientTrainData(L"No valid data was provided for training.");
+    }
+    // The trial pattern has as many zeros as the first model has measurements, but those that no model looks
+    // at can be left out.
+    std::int64_t used = 0;
+    for (const vxPtrHandle<vx_CategoryModel>& model : categoryModels_) {
+        used = std::max(used, bayesian(model).numUsed());
+    }
+    const std::int64_t covered = bayesian(categoryModels_.front()).numMeasurements();
+    const std::int64_t numZeros = std::max(std::int64_t{0}, std::min(used, covered));
+    vxClassifierResult discarded;
+    run_(vxFeaturePattern(std::vector<double>(static_cast<std::size_t>(numZeros), 0.0), {}), discarded);
+}
+
+std::vector<double> vx_ClassifierBayesian::logLikelihoods(const vxFeaturePattern& pattern) const {
+    std::vector<double> values;
+    values.reserve(categoryModels_.size());
+    for (const vxPtrHandle<vx_CategoryModel>& model : categoryModels_) {
+        throwIfInterrupted();
+        values.push_back(bayesian(model).matchScore(pattern, nullptr, 0));
+    }
+    throwIfInterrupted();
+    return values;
+}
+
+void vx_ClassifierBayesian::run_(const vxFeaturePattern& pattern, vxClassifierResult& result) const {
+    const std::vector<double> scores = logLikelihoods(pattern);
+    const vxClassifierTrainParamsBayesian& params = bayesian(*storedParams_());
+    // Scaled so that the best category has 1: the likelihoods themselves soon underflow.
+    const double factorLog = 0.0 - largest(scores);
+    std::vector<vxClassifierCategoryResult> matches;
+    matches.reserve(scores.size());
+    for (std::size_t i = 0; i < scores.size(); ++i) {
+        matches.emplace_back(categoryModels_[i]->categoryLabel(), std::exp(factorLog + scores[i]), 0.0, 0.0);
+    }
+    result =
+        vxClassifierResult(matches, params.categoryFrequencies(), params.misclassificationCosts(), factorLog);
+}
+
+void vx_ClassifierBayesian::recordTrainInputs_(vxDiagObject*, unsigned long) const {}
+void vx_ClassifierBayesian::recordTrainDetails_(vxDiagObject*, unsigned long) const {}
+void vx_ClassifierBayesian::recordTrainResults_(vxDiagObject*, unsigned long) const {}
+void vx_ClassifierBayesian::recordRunInputs_(vxDiagObject*, unsigned long, const vxFeaturePattern&) const {}
+void vx_ClassifierBayesian::recordRunDetails_(vxDiagObject*, unsigned long) const {}
+void vx_ClassifierBayesian::recordRunResults_(vxDiagObject*, unsigned long, const vxFeaturePattern&,
+                                              const vxClassifierResult&) const {}
+
+void vx_ClassifierBayesian::dispatchSerialize(vxArchive& archive) {
+    detail::exchangeLevel(archive, this, [&](unsigned char version) { serialize_(archive, version); });
+}
+
+void vx_ClassifierBayesian::serialize_(vxArchive& archive, unsigned char version) {
+    detail::requireVersionZero(version);
+    vx_Classifier::dispatchSerialize(archive);
+    archive || categoryLabels_;
+    archive || categoryModels_;
+}
