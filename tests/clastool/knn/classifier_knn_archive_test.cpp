@@ -1,9 +1,7 @@
 #include "tests/clastool/knn/knn_fixtures.h"
 #include "tests/support/archives.h"
-#include "tests/support/expect_error.h"
 #include "tests/support/expect_unknown_version.h"
 
-#include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/pattern_distance_metric_norm.h>
 
 namespace {
@@ -12,45 +10,22 @@ using Params = vxClassifierTrainParamsKNN;
 using Store = vxClassifierDataProviderMemory;
 using test::labels;
 using test::line;
-using test::OpenKNN;
 using test::pattern;
 using test::run;
+using test::trained;
 using Labels = std::vector<long>;
-
-vx_ClassifierKNN trained(const vxClassifierDataProvider& data, const Params& params) {
-    vx_ClassifierKNN classifier;
-    classifier.train(data, params);
-    return classifier;
-}
 
 /// A classifier's record written by hand; one level of it may claim to be newer.
 template <class ParamsHandle, class StoreHandle>
 test::Bytes record(ParamsHandle params, StoreHandle store, int newerLevel = -1) {
     return test::archiveOf([&](vxArchive& archive) {
-        for (int level = 0; level < 3; ++level) { // own, base, root
-            test::putVersion(archive, level == newerLevel ? 1 : 0);
-        }
+        test::putLevels(archive, 3, newerLevel); // own, base, root
         archive || params || store;
     });
 }
 
 vxPtrHandle<Store> held(const Store& data) {
     return vxPtrHandle<Store>(new Store(data));
-}
-
-/// Parameters as an archive brings them, whose values no constructor would take.
-template <class MetricHandle>
-Params loadedParams(long k, MetricHandle metric) {
-    Params params(1);
-    test::load(test::archiveOf([&](vxArchive& archive) {
-                   for (int level = 0; level < 3; ++level) {
-                       test::putVersion(archive);
-                   }
-                   vxClassifierCosts costs(1.0);
-                   archive || k || metric || costs;
-               }),
-               params);
-    return params;
 }
 
 TEST(ClassifierKNNArchive, HoldsTheLevelsTheParametersAndTheStore) {
@@ -135,71 +110,6 @@ TEST(ClassifierKNNArchive, LeavesTheClassifierUntrainedWhereTheStoreIsOfAnotherC
     vx_ClassifierKNN loaded = trained(line({0.0}), Params(2));
     test::load(record(Params(2).clone(), pattern({1.0})), loaded);
     EXPECT_FALSE(loaded.isTrained());
-}
-
-TEST(ClassifierKNNArchive, RefusesToRunWithALoadedKBelowOne) {
-    for (const long k : {0L, -1L, -2147483647L - 1L}) {
-        OpenKNN classifier;
-        classifier.train(line({0.0}), loadedParams(k, vxPatternDistanceMetricNorm(2.0).clone()));
-        EXPECT_NO_THROW(classifier.checkRunnable_());
-        EXPECT_ERROR(run(classifier, {0.0}), vxClassifierDefs::BadParams, L"K must be >= 1");
-        classifier.retrain(Params(1));
-        EXPECT_EQ(labels(run(classifier, {0.0})), Labels{0});
-        classifier.retrain(loadedParams(k, vxPatternDistanceMetricNorm(2.0).clone()));
-        EXPECT_ERROR(run(classifier, {0.0}), vxClassifierDefs::BadParams, L"K must be >= 1");
-    }
-}
-
-TEST(ClassifierKNNArchive, RefusesToRunWithoutAMetric) {
-    const vxPtrHandle<vxPatternDistanceMetric> none;
-    OpenKNN classifier;
-    classifier.train(line({0.0}), loadedParams(1, none));
-    EXPECT_ERROR_CLASS(run(classifier, {0.0}), vxBadPointer);
-}
-
-/// A store as an archive brings it: with null patterns or vectors of different length.
-Store loadedStore(std::vector<test::PatternHandle> patterns, std::vector<long> patternLabels) {
-    Store store;
-    test::load(test::archiveOf([&](vxArchive& archive) {
-                   for (int level = 0; level < 3; ++level) {
-                       test::putVersion(archive);
-                   }
-                   std::wstring text;
-                   archive || text || text || patterns || patternLabels;
-               }),
-               store);
-    return store;
-}
-
-vx_ClassifierKNN withStore(const Store& store) {
-    vx_ClassifierKNN classifier;
-    test::load(record(Params(1).clone(), held(store)), classifier);
-    return classifier;
-}
-
-TEST(ClassifierKNNArchive, RefusesToRunOverANullPattern) {
-    EXPECT_ERROR_CLASS(run(withStore(loadedStore({test::PatternHandle()}, {0})), {0.0}), vxBadPointer);
-    EXPECT_ERROR_CLASS(run(withStore(loadedStore({pattern({0.0}), test::PatternHandle()}, {0, 1})), {0.0}),
-                       vxBadPointer);
-}
-
-TEST(ClassifierKNNArchive, LooksOnlyAtPatternsThatHaveALabel) {
-    EXPECT_EQ(labels(run(withStore(loadedStore({pattern({5.0}), pattern({0.0})}, {3})), {0.0})), Labels{3});
-    EXPECT_ERROR(run(withStore(loadedStore({pattern({5.0})}, {})), {0.0}),
-                 vxClassifierDefs::InsufficientTrainData, L"No valid data was provided for training.");
-}
-
-TEST(ClassifierKNNArchive, RefusesToRunOverPatternsOfDifferentLength) {
-    EXPECT_ERROR(
-        run(withStore(loadedStore({pattern({5.0}), pattern({0.0, 1.0})}, {3, 4})), {0.0}),
-        vxClassifierDefs::BadFeatures,
-        L"Pattern distance function requires the number of measurementsin the two patterns to be equal");
-}
-
-TEST(ClassifierKNNArchive, RefusesALoadedNegativeLabelAmongTheNeighbours) {
-    const vx_ClassifierKNN classifier = withStore(loadedStore({pattern({0.0}), pattern({9.0})}, {-7, 1}));
-    EXPECT_EQ(labels(run(classifier, {8.0})), Labels{1});
-    EXPECT_ERROR(run(classifier, {1.0}), vxClassifierDefs::BadLabel, L"Category labels must be >= 0");
 }
 
 TEST(ClassifierKNNArchive, LearnsOfAnAssignmentToAnObjectThatItTracks) {

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <limits>
 #include <stdexcept>
-#include <thread>
 
 namespace {
 
@@ -20,6 +19,7 @@ using test::labels;
 using test::line;
 using test::pattern;
 using test::run;
+using test::trained;
 using Labels = std::vector<long>;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
@@ -27,12 +27,6 @@ constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
 constexpr const wchar_t* unsuitable =
     L"K-nearest neighbor classification does not support invalid measurements";
-
-vx_ClassifierKNN trained(const vxClassifierDataProvider& data, const Params& params) {
-    vx_ClassifierKNN classifier;
-    classifier.train(data, params);
-    return classifier;
-}
 
 /// Parameters whose metric looks distances up.
 Params lookingUp(long k, const std::vector<double>& distances) {
@@ -143,22 +137,11 @@ TEST(ClassifierKNNRun, PutsNaNBehindEverything) {
     EXPECT_EQ(neighbours(9, {notANumber, 1.0, notANumber}), (Labels{0, 1, 2}));
 }
 
-TEST(ClassifierKNNRun, CountsNaNMeasurementsAsFarAway) {
-    const vx_ClassifierKNN classifier = trained(line({notANumber, 1e300, 3.0}), Params(1));
-    EXPECT_EQ(labels(run(classifier, {0.0})), Labels{2});
-    EXPECT_EQ(labels(run(classifier, {notANumber})), Labels{0}) << "all are equally far, none is driven out";
-}
-
 TEST(ClassifierKNNRun, TakesPatternsWithoutMeasurements) {
     vxClassifierDataProviderMemory data;
     data.addData(pattern({}), 4);
     data.addData(pattern({}), 5);
     EXPECT_EQ(labels(run(trained(data, Params(1)), {})), Labels{4});
-}
-
-TEST(ClassifierKNNRun, TakesNoMemoryForNeighboursThatThereAreNot) {
-    const vx_ClassifierKNN classifier = trained(labelled({0, 0, 1}), Params(2147483647));
-    EXPECT_EQ(run(classifier, {0.0}).categoryResults()[0].matchScore(), 2.0 / 3.0);
 }
 
 TEST(ClassifierKNNRun, RefusesAnInvalidMeasurement) {
@@ -227,24 +210,6 @@ TEST(ClassifierKNNRun, CanBeInterruptedAtEveryPoll) {
         EXPECT_EQ(result, before);
         EXPECT_EQ(labels(run(classifier, {0.0})), (Labels{0, 1})) << "the classifier is as it was";
     }
-}
-
-TEST(ClassifierKNNRun, MayRunOnSeveralThreadsAtOnce) {
-    const vx_ClassifierKNN classifier = trained(line({0.0, 1.0, 2.0, 3.0}), Params(3));
-    const vxClassifierResult expected = run(classifier, {1.2});
-    std::vector<int> agreed(4, 0);
-    std::vector<std::thread> threads;
-    for (int& count : agreed) {
-        threads.emplace_back([&] {
-            for (int i = 0; i < 200; ++i) {
-                count += run(classifier, {1.2}) == expected ? 1 : 0;
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(agreed, std::vector<int>(4, 200));
 }
 
 } // namespace

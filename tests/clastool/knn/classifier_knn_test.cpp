@@ -4,12 +4,10 @@
 #include "tests/support/vtable_slots.h"
 
 #include <vxclassifier/classifier_defs.h>
-#include <vxclassifier/pattern_distance_metric_norm.h>
 #include <vxclassifier/platform/diag_object.h>
 
 #include <limits>
 #include <stdexcept>
-#include <type_traits>
 
 namespace {
 
@@ -20,6 +18,7 @@ using test::OpenKNN;
 using test::pattern;
 using test::run;
 using test::slotOf;
+using test::trained;
 using Labels = std::vector<long>;
 
 constexpr const wchar_t* unsuitable =
@@ -60,12 +59,6 @@ public:
     mutable std::vector<long> asked;
     mutable std::vector<long> askedLabels;
 };
-
-OpenKNN trained(const vxClassifierDataProvider& data, const Params& params) {
-    OpenKNN classifier;
-    classifier.train(data, params);
-    return classifier;
-}
 
 /// Whether a classifier's store holds what `data` hold, name and description included. Only equality shows.
 bool holds(const vx_ClassifierKNN& classifier, const vxClassifierDataProviderMemory& data) {
@@ -378,131 +371,13 @@ TEST(ClassifierKNN, RefusesToBeRetrainedWithParametersOfAnotherTechnique) {
     EXPECT_EQ(labels(run(classifier, {1.0})), (Labels{0, 1}));
 }
 
-TEST(ClassifierKNN, CanBeTrainedAndRetrainedWithItsOwnParameters) {
-    OpenKNN classifier = trained(line({0.0, 9.0}), Params(2));
-    classifier.retrain(*classifier.trainParams());
-    EXPECT_EQ(labels(run(classifier, {1.0})), (Labels{0, 1}));
-    const vxClassifierTrainParams& own = *classifier.trainParams(); // held by nobody but the classifier
-    classifier.train(line({0.0, 1.0, 9.0}), own);
-    EXPECT_EQ(labels(run(classifier, {0.0})), (Labels{0, 1}));
-}
-
-TEST(ClassifierKNN, RecordsNothing) {
+TEST(ClassifierKNN, DoesTheSameWithADiagnosticObject) {
     vxDiagObject diag;
     OpenKNN classifier;
     classifier.train(line({0.0}), Params(1), &diag, 7);
     vxClassifierResult result;
     classifier.run(*pattern({0.0}), result, &diag, 7);
     EXPECT_EQ(result, run(classifier, {0.0}));
-}
-
-TEST(ClassifierKNN, HasAStoreOfItsOwnInEachCopy) {
-    OpenKNN classifier = trained(line({0.0}), Params(1));
-    OpenKNN copy(classifier);
-    OpenKNN assigned;
-    assigned = classifier;
-    const vxPtrHandle<vx_Classifier> clone = classifier.clone();
-    classifier.trainIncremental(*pattern({9.0}), 4);
-    EXPECT_EQ(labels(run(classifier, {8.0})), Labels{4});
-    for (const vx_Classifier* other :
-         {static_cast<vx_Classifier*>(&copy), static_cast<vx_Classifier*>(&assigned), clone.get()}) {
-        EXPECT_EQ(labels(run(*other, {8.0})), Labels{0});
-    }
-    copy.trainIncremental(*pattern({9.0}), 5);
-    EXPECT_EQ(labels(run(classifier, {8.0})), Labels{4});
-    EXPECT_EQ(labels(run(assigned, {8.0})), Labels{0});
-}
-
-TEST(ClassifierKNN, CopiesTheWorkingParameters) {
-    const OpenKNN classifier = trained(line({0.0, 9.0}), Params(2));
-    const OpenKNN copy(classifier);
-    OpenKNN assigned = trained(line({5.0}), Params(1));
-    assigned = classifier;
-    for (const OpenKNN* other : {&copy, static_cast<const OpenKNN*>(&assigned)}) {
-        EXPECT_TRUE(*other == classifier);
-        EXPECT_EQ(labels(run(*other, {1.0})), (Labels{0, 1}));
-    }
-}
-
-TEST(ClassifierKNN, CopiesTheUntrainedStateToo) {
-    const OpenKNN untrained;
-    OpenKNN assigned = trained(line({5.0}), Params(1));
-    assigned = untrained;
-    EXPECT_FALSE(assigned.isTrained());
-    EXPECT_FALSE(OpenKNN(untrained).isTrained());
-    EXPECT_FALSE(untrained.clone()->isTrained());
-}
-
-TEST(ClassifierKNN, SurvivesAssignmentToItself) {
-    OpenKNN classifier = trained(line({0.0, 9.0}), Params(2));
-    const OpenKNN& alias = classifier;
-    classifier = alias;
-    EXPECT_EQ(labels(run(classifier, {1.0})), (Labels{0, 1}));
-    EXPECT_TRUE(classifier == trained(line({0.0, 9.0}), Params(2)));
-}
-
-TEST(ClassifierKNN, ClonesItsOwnClass) {
-    const vx_ClassifierKNN classifier = trained(line({0.0}), Params(1));
-    EXPECT_TRUE(typeid(*classifier.clone()) == typeid(vx_ClassifierKNN));
-    EXPECT_TRUE(classifier.isEquivalent(*classifier.clone()));
-}
-
-TEST(ClassifierKNN, IsEqualByStateParametersAndData) {
-    const OpenKNN classifier = trained(line({0.0, 1.0}), Params(2));
-    EXPECT_TRUE(classifier == trained(line({0.0, 1.0}), Params(2)));
-    EXPECT_FALSE(classifier != trained(line({0.0, 1.0}), Params(2)));
-    EXPECT_FALSE(classifier == trained(line({0.0, 1.0}), Params(3)));
-    EXPECT_FALSE(classifier == trained(line({0.0, 2.0}), Params(2)));
-    EXPECT_TRUE(classifier != trained(line({0.0, 2.0}), Params(2)));
-    EXPECT_FALSE(classifier == OpenKNN());
-    EXPECT_FALSE(OpenKNN() == classifier);
-    EXPECT_TRUE(OpenKNN() == OpenKNN());
-}
-
-TEST(ClassifierKNN, DoesNotCompareTheWorkingParameters) {
-    const OpenKNN classifier = trained(line({0.0, 9.0}), Params(2));
-    OpenKNN other = classifier;
-    other.retrain_(Params(1)); // past the frame, which keeps the old parameters
-    EXPECT_EQ(labels(run(other, {1.0})), Labels{0});
-    EXPECT_TRUE(classifier == other);
-}
-
-TEST(ClassifierKNN, IsEquivalentToItsOwnClassOnly) {
-    const OpenKNN classifier = trained(line({0.0}), Params(1));
-    const test::FakeClassifier fake;
-    EXPECT_TRUE(classifier.isEquivalent(trained(line({0.0}), Params(1))));
-    EXPECT_FALSE(classifier.isEquivalent(trained(line({0.0}), Params(2))));
-    EXPECT_FALSE(OpenKNN().isEquivalent(fake));
-}
-
-TEST(ClassifierKNN, IsAskedAboutTheOtherByTheOther) {
-    const auto own = std::make_shared<test::MetricScript>();
-    const auto others = std::make_shared<test::MetricScript>();
-    const vxClassifierCosts costs(1.0);
-    const OpenKNN classifier = trained(line({0.0}), Params(1, test::ScriptedMetric(own), costs));
-    const OpenKNN other = trained(line({0.0}), Params(1, test::ScriptedMetric(others), costs));
-    // `==` asks the right side's parameters about the left side's.
-    EXPECT_TRUE(classifier == other);
-    EXPECT_EQ(own->asking, nullptr);
-    EXPECT_NE(others->asking, nullptr);
-    // isEquivalent turns that round once more.
-    others->asking = nullptr;
-    EXPECT_TRUE(classifier.isEquivalent(other));
-    EXPECT_NE(own->asking, nullptr);
-    EXPECT_EQ(others->asking, nullptr);
-}
-
-/// Says that it is trained although it has no store.
-struct Pretender : OpenKNN {
-    bool isTrained_() const override { return true; }
-};
-
-TEST(ClassifierKNN, ThrowsWhereAMissingStoreIsToBeCompared) {
-    const Pretender empty;
-    Pretender full;
-    full.train_(line({0.0}), Params(1));
-    EXPECT_ERROR_CLASS(static_cast<void>(empty == full), vxBadPointer);
-    EXPECT_ERROR_CLASS(static_cast<void>(full == empty), vxBadPointer);
 }
 
 } // namespace

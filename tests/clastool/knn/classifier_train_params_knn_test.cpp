@@ -11,6 +11,7 @@
 #include <limits>
 #include <stdexcept>
 #include <type_traits>
+#include <typeinfo>
 
 namespace {
 
@@ -39,9 +40,7 @@ vxClassifierCosts someCosts() {
 template <class Handle>
 test::Bytes record(long k, Handle metric, vxClassifierCosts costs, int newerLevel = -1) {
     return test::archiveOf([&](vxArchive& archive) {
-        for (int level = 0; level < 3; ++level) { // own, base, root
-            test::putVersion(archive, level == newerLevel ? 1 : 0);
-        }
+        test::putLevels(archive, 3, newerLevel); // own, base, root
         archive || k || metric || costs;
     });
 }
@@ -249,8 +248,9 @@ TEST(ClassifierTrainParamsKNN, BelongToTheTechniqueWhateverTheirValues) {
 
 TEST(ClassifierTrainParamsKNN, MakeAnUntrainedClassifierOfTheirTechnique) {
     const vxPtrHandle<vx_Classifier> made(OpenParams(4).newClassifier_());
-    EXPECT_TRUE(typeid(*made) == typeid(vx_ClassifierKNN));
-    EXPECT_FALSE(made->isTrained());
+    const vx_Classifier& classifier = *made;
+    EXPECT_TRUE(typeid(classifier) == typeid(vx_ClassifierKNN));
+    EXPECT_FALSE(classifier.isTrained());
 }
 
 TEST(ClassifierTrainParamsKNN, AreStoredAsTheirLevelsKMetricAndCosts) {

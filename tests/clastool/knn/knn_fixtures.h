@@ -9,6 +9,8 @@
 #include <vxclassifier/platform/archive.h>
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -108,9 +110,21 @@ public:
     using vx_ClassifierKNN::untrain_;
 };
 
+inline OpenKNN trained(const vxClassifierDataProvider& data, const vxClassifierTrainParams& params) {
+    OpenKNN classifier;
+    classifier.train(data, params);
+    return classifier;
+}
+
 inline vxClassifierResult run(const vx_Classifier& classifier, const std::vector<double>& measurements) {
     vxClassifierResult result;
     classifier.run(*pattern(measurements), result);
+    return result;
+}
+
+inline std::uint64_t bits(double value) {
+    std::uint64_t result = 0;
+    std::memcpy(&result, &value, sizeof value);
     return result;
 }
 
@@ -131,6 +145,14 @@ void put(vxArchive& archive, T value) {
 
 inline void putVersion(vxArchive& archive, unsigned char version = 0) {
     put(archive, version);
+}
+
+/// Exchanges the version bytes of a record that is written by hand, one for each level of its class from the
+/// most derived one to the root; one of them may claim to be newer.
+inline void putLevels(vxArchive& archive, int count, int newerLevel = -1) {
+    for (int level = 0; level < count; ++level) {
+        putVersion(archive, level == newerLevel ? 1 : 0);
+    }
 }
 
 } // namespace test

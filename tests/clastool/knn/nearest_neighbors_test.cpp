@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <random>
 #include <vector>
@@ -33,9 +32,9 @@ detail::NeighborList search(const std::vector<double>& query, const vxClassifier
 }
 
 std::vector<std::uint64_t> bits(const std::vector<double>& values) {
-    std::vector<std::uint64_t> result(values.size());
-    if (!values.empty()) {
-        std::memcpy(result.data(), values.data(), values.size() * sizeof(double));
+    std::vector<std::uint64_t> result;
+    for (const double value : values) {
+        result.push_back(test::bits(value));
     }
     return result;
 }

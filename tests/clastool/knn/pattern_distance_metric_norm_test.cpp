@@ -1,4 +1,5 @@
 #include "tests/clastool/knn/knn_fixtures.h"
+#include "tests/clastool/knn/loaded_objects.h"
 #include "tests/support/archives.h"
 #include "tests/support/expect_error.h"
 #include "tests/support/expect_unknown_version.h"
@@ -7,15 +8,13 @@
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/pattern_distance_metric_norm.h>
 
-#include <cmath>
-#include <cstdint>
-#include <cstring>
 #include <limits>
 #include <random>
 #include <vector>
 
 namespace {
 
+using test::bits;
 using test::pattern;
 using test::slowNorm;
 
@@ -29,25 +28,6 @@ constexpr const wchar_t* notAllValid = L"Access to full feature vector requires 
 
 double distance(double order, const std::vector<double>& a, const std::vector<double>& b) {
     return vxPatternDistanceMetricNorm(order).distance(*pattern(a), *pattern(b));
-}
-
-std::uint64_t bits(double value) {
-    std::uint64_t result = 0;
-    std::memcpy(&result, &value, sizeof value);
-    return result;
-}
-
-/// A norm as an archive brings it, whose order no setter would take.
-vxPatternDistanceMetricNorm loadedNorm(double order) {
-    const test::Bytes record = test::archiveOf([&](vxArchive& archive) {
-        test::putVersion(archive);
-        test::putVersion(archive);
-        test::putVersion(archive);
-        test::put(archive, order);
-    });
-    vxPatternDistanceMetricNorm norm(1.0);
-    test::load(record, norm);
-    return norm;
 }
 
 TEST(PatternDistanceMetricNorm, KeepsTheOrderThatItIsGiven) {
@@ -101,8 +81,8 @@ TEST(PatternDistanceMetricNorm, IsEquivalentToANormOfTheSameOrderOnly) {
 }
 
 TEST(PatternDistanceMetricNorm, IsEquivalentWhereNeitherOrderIsLessEvenForNaN) {
-    EXPECT_TRUE(loadedNorm(notANumber).isEquivalent(vxPatternDistanceMetricNorm(2.0)));
-    EXPECT_TRUE(vxPatternDistanceMetricNorm(2.0).isEquivalent(loadedNorm(notANumber)));
+    EXPECT_TRUE(test::loadedNorm(notANumber).isEquivalent(vxPatternDistanceMetricNorm(2.0)));
+    EXPECT_TRUE(vxPatternDistanceMetricNorm(2.0).isEquivalent(test::loadedNorm(notANumber)));
     EXPECT_TRUE(vxPatternDistanceMetricNorm(infinity).isEquivalent(vxPatternDistanceMetricNorm(infinity)));
 }
 
@@ -220,21 +200,6 @@ TEST(PatternDistanceMetricNorm, OverflowsAndUnderflowsLikeThePlainFormula) {
     EXPECT_EQ(distance(infinity, {2.0, 3.0}, {0.0, 0.0}), 1.0) << "there is no maximum norm";
 }
 
-TEST(PatternDistanceMetricNorm, FollowsTheRulesOfArithmeticForAnyLoadedOrder) {
-    const std::vector<double> values{0.0, -0.0, 1.0, -3.5, 1e308, infinity, -infinity, notANumber};
-    for (const double order : {0.0, -0.0, -1.0, -infinity, infinity, notANumber}) {
-        const vxPatternDistanceMetricNorm norm = loadedNorm(order);
-        for (const double a : values) {
-            for (const double b : values) {
-                const double found = norm.distance(*pattern({a, 1.0}), *pattern({b, 3.0}));
-                const double expected = slowNorm({a, 1.0}, {b, 3.0}, order);
-                EXPECT_TRUE(std::isnan(expected) ? std::isnan(found) : bits(found) == bits(expected))
-                    << order << ": " << a << ", " << b;
-            }
-        }
-    }
-}
-
 TEST(PatternDistanceMetricNorm, StoresTheVersionsOfItsLevelsAndTheOrder) {
     const test::Bytes byHand = test::archiveOf([](vxArchive& archive) {
         test::putVersion(archive); // norm
@@ -249,15 +214,13 @@ TEST(PatternDistanceMetricNorm, IsLoadedAsItWasStored) {
     vxPatternDistanceMetricNorm norm(1.0);
     test::load(test::stored(vxPatternDistanceMetricNorm(2.5)), norm);
     EXPECT_EQ(norm.order(), 2.5);
-    EXPECT_EQ(bits(loadedNorm(-0.0).order()), bits(-0.0)) << "what is loaded is not checked";
+    EXPECT_EQ(bits(test::loadedNorm(-0.0).order()), bits(-0.0)) << "what is loaded is not checked";
 }
 
 TEST(PatternDistanceMetricNorm, RefusesToLoadAnotherVersionOfAnyLevel) {
     for (int level = 0; level < 3; ++level) {
         const test::Bytes newer = test::archiveOf([&](vxArchive& archive) {
-            for (int i = 0; i < 3; ++i) {
-                test::putVersion(archive, i == level ? 1 : 0);
-            }
+            test::putLevels(archive, 3, level);
             test::put(archive, 2.5);
         });
         vxPatternDistanceMetricNorm norm(1.0);

@@ -55,13 +55,6 @@ TEST(PatternDistanceMetric, TakesAnyOtherForEquivalentUnlessOverridden) {
     EXPECT_TRUE(plain.isEquivalent(ScriptedMetric()));
 }
 
-TEST(PatternDistanceMetric, IsCopiedAndAssignedWithoutItsShares) {
-    const vxPtrHandle<PlainMetric> held(new PlainMetric);
-    PlainMetric copy(*held); // would be deleted by a handle if it took the count along
-    copy = *held;
-    EXPECT_TRUE(copy.isEquivalent(*held));
-}
-
 TEST(PatternDistanceMetric, StoresItsVersionAndTheRootAndNothingElse) {
     const test::Bytes byHand = test::archiveOf([](vxArchive& archive) {
         test::putVersion(archive); // this level
