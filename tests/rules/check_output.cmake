@@ -1,9 +1,10 @@
-# Runs PROGRAM (with ARGUMENT, if there is one), which must end well and print what the regular expression EXPECTED says.
+# Runs PROGRAM (with ARGUMENT, if there is one), which must end well and print exactly what EXPECTED_FILE holds.
 execute_process(COMMAND "${PROGRAM}" ${ARGUMENT} OUTPUT_VARIABLE output RESULT_VARIABLE result)
 message("${output}")
 if(NOT result EQUAL 0)
     message(FATAL_ERROR "The program ended with ${result}")
 endif()
-if(NOT output MATCHES "${EXPECTED}")
-    message(FATAL_ERROR "The program did not print: ${EXPECTED}")
+file(READ "${EXPECTED_FILE}" expected)
+if(NOT output STREQUAL expected)
+    message(FATAL_ERROR "The program did not print what is in ${EXPECTED_FILE}")
 endif()
