@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -54,7 +55,13 @@ private:
 };
 
 using Kinds = ::testing::Types<Handle, ConstHandle>;
-TYPED_TEST_SUITE(PtrHandle, Kinds);
+struct KindName {
+    template <class H>
+    static std::string GetName(int) {
+        return std::is_same_v<H, Handle> ? "vxPtrHandle" : "vxPtrHandle_const";
+    }
+};
+TYPED_TEST_SUITE(PtrHandle, Kinds, KindName);
 
 TYPED_TEST(PtrHandle, IsNullAtFirst) {
     const TypeParam handle;

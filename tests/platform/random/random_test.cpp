@@ -7,6 +7,8 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
+#include <string>
+#include <type_traits>
 #include <vector>
 
 namespace {
@@ -116,7 +118,13 @@ template <class Generator>
 class Random : public ::testing::Test {};
 
 using Generators = ::testing::Types<vxRandomUniform, vxRandomGaussian>;
-TYPED_TEST_SUITE(Random, Generators);
+struct GeneratorName {
+    template <class Generator>
+    static std::string GetName(int) {
+        return std::is_same_v<Generator, vxRandomUniform> ? "vxRandomUniform" : "vxRandomGaussian";
+    }
+};
+TYPED_TEST_SUITE(Random, Generators, GeneratorName);
 
 TYPED_TEST(Random, ACopyContinuesWhereTheOriginalIs) {
     TypeParam original(1);
