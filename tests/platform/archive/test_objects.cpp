@@ -2,9 +2,9 @@
 
 namespace test {
 
-long Node::living = 0;
-long Stranger::living = 0;
-long Note::living = 0;
+std::atomic<long> Node::living{0};
+std::atomic<long> Stranger::living{0};
+std::atomic<long> Note::living{0};
 
 const vx_Instantiator Node::sExemplar(typeid(Node), &Node::make);
 const vx_Instantiator Stranger::sExemplar(typeid(Stranger), &Stranger::make);

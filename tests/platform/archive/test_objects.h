@@ -6,6 +6,8 @@
 #include <vxclassifier/platform/ptr_handle.h>
 #include <vxclassifier/platform/rep_base.h>
 
+#include <atomic>
+
 namespace test {
 
 /// A shared object with a number and two references; counts how many of its kind exist.
@@ -25,7 +27,7 @@ public:
     vxPtrHandle<Node> right;
     int completions = 0; // how often reInit was called; not stored
 
-    static long living;
+    static std::atomic<long> living;
 
 protected:
     void dispatchSerialize(vxArchive& archive) override;
@@ -45,7 +47,7 @@ public:
 
     static vxPersistent* make() { return new Stranger; }
 
-    static long living;
+    static std::atomic<long> living;
 
 private:
     static const vx_Instantiator sExemplar;
@@ -70,7 +72,7 @@ public:
 
     long value = 0;
 
-    static long living;
+    static std::atomic<long> living;
 
 protected:
     void dispatchSerialize(vxArchive& archive) override;
