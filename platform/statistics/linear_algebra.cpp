@@ -5,6 +5,8 @@
 #define EIGEN_DONT_VECTORIZE
 #define EIGEN_DONT_PARALLELIZE
 #define EIGEN_MPL2_ONLY
+// Working memory comes from the heap: the caller's thread may have a small stack.
+#define EIGEN_STACK_ALLOCATION_LIMIT 4096
 #include <Eigen/Cholesky>
 #include <Eigen/Eigenvalues>
 

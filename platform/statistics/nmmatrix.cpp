@@ -22,30 +22,37 @@ std::size_t entryCount(long numRows, long numColumns) {
     return rows * columns;
 }
 
-struct Release {
-    void operator()(double* entries) const noexcept { std::free(entries); }
-};
+// calloc, unlike new, does not touch the memory of large matrices: the covariance of a single sample costs
+// address space only.
+// NOLINTBEGIN(cppcoreguidelines-no-malloc)
+double* allocateZeros(std::size_t count) {
+    double* const entries = static_cast<double*>(std::calloc(count, sizeof(double)));
+    if (entries == nullptr) {
+        throw std::bad_alloc();
+    }
+    return entries;
+}
+
+void release(double* entries) noexcept {
+    std::free(entries);
+}
+// NOLINTEND(cppcoreguidelines-no-malloc)
 
 } // namespace
 
-/// The entries come from calloc, which does not touch the memory of large matrices: the covariance of a
-/// single sample costs address space only.
 OwnedMatrix::OwnedMatrix(long numRows, long numColumns) {
     if (numRows == 0 || numColumns == 0) {
         return;
     }
-    const std::size_t count = entryCount(numRows, numColumns);
-    std::unique_ptr<double, Release> entries(static_cast<double*>(std::calloc(count, sizeof(double))));
-    if (entries == nullptr) {
-        throw std::bad_alloc();
-    }
+    std::unique_ptr<double, decltype(&release)> entries(allocateZeros(entryCount(numRows, numColumns)),
+                                                        &release);
     matrix_.rows = new double*[static_cast<std::size_t>(numRows)];
-    for (long row = 0; row < numRows; ++row) {
-        matrix_.rows[row] = entries.get() + row * numColumns;
-    }
     matrix_.numRows = numRows;
     matrix_.numColumns = numColumns;
-    static_cast<void>(entries.release()); // rows[0] holds it from now on
+    double* const first = entries.release(); // held by rows[0] from now on
+    for (long row = 0; row < numRows; ++row) {
+        matrix_.rows[row] = first + row * numColumns;
+    }
 }
 
 OwnedMatrix::OwnedMatrix(const vmath_nmmatrix& source) : OwnedMatrix(source.numRows, source.numColumns) {
@@ -56,7 +63,7 @@ OwnedMatrix::OwnedMatrix(const vmath_nmmatrix& source) : OwnedMatrix(source.numR
 
 OwnedMatrix::~OwnedMatrix() {
     if (matrix_.rows != nullptr) {
-        std::free(matrix_.rows[0]);
+        release(matrix_.rows[0]);
         delete[] matrix_.rows;
     }
 }
