@@ -1,8 +1,8 @@
-# Installs the built library, moves what was installed, and builds and runs a small program against it, once through
-# find_package and once through pkg-config with a plain compiler command.
+# Installs the built library, moves what was installed, and builds and runs two programs against it, the first one of the
+# README among them: once through find_package and once through pkg-config with a plain compiler command.
 #
-# Expects: build_dir, config, work_dir, source_dir (this folder), compiler, compiler_flags, generator, make_program,
-# libdir (relative to the prefix), version.
+# Expects: build_dir, config, work_dir, source_dir (this folder), readme, compiler, compiler_flags, generator,
+# make_program, libdir (relative to the prefix), version, soversion.
 
 function(run what)
     execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
@@ -13,11 +13,26 @@ function(run what)
     set(output "${output}" PARENT_SCOPE)
 endfunction()
 
-function(run_consumer program)
-    run("running ${program}" "${CMAKE_COMMAND}" -E env "LD_LIBRARY_PATH=${prefix}/${libdir}" "${program}")
-    if(NOT output MATCHES "consumer: done")
-        message(FATAL_ERROR "${program} did not reach its end:\n${output}")
+# Sets `program` and `promised_output` to what stands in the README.
+function(read_first_program)
+    file(READ "${readme}" text)
+    if(NOT text MATCHES "\n```cpp\n([^`]*)\n```\n\nIt prints `([^`]*)`")
+        message(FATAL_ERROR "no program with its output was found in ${readme}")
     endif()
+    set(program "${CMAKE_MATCH_1}\n" PARENT_SCOPE)
+    set(promised_output "${CMAKE_MATCH_2}\n" PARENT_SCOPE)
+endfunction()
+
+function(expect_output program expected)
+    run("running ${program}" "${CMAKE_COMMAND}" -E env "LD_LIBRARY_PATH=${prefix}/${libdir}" "${program}")
+    if(NOT output STREQUAL expected)
+        message(FATAL_ERROR "${program} printed:\n${output}instead of:\n${expected}")
+    endif()
+endfunction()
+
+function(run_programs folder)
+    expect_output("${folder}/round_trip" "refused: The archive ends too early.\n")
+    expect_output("${folder}/first_program" "${promised_output}")
 endfunction()
 
 file(REMOVE_RECURSE "${work_dir}")
@@ -32,6 +47,10 @@ foreach(link "libvxclassifier.so" "libvxclassifier.so.${soversion}")
     endif()
 endforeach()
 
+read_first_program()
+set(first_program "${work_dir}/first_program.cpp")
+file(WRITE "${first_program}" "${program}")
+
 # Through find_package. Its own warnings would be a defect of the headers, so they are errors.
 separate_arguments(flags UNIX_COMMAND "${compiler_flags}")
 set(cmake_build "${work_dir}/through find_package")
@@ -39,13 +58,13 @@ run("configuring the consumer"
     "${CMAKE_COMMAND}" -S "${source_dir}/consumer" -B "${cmake_build}" -G "${generator}"
     "-DCMAKE_MAKE_PROGRAM=${make_program}" "-DCMAKE_BUILD_TYPE=${config}" "-DCMAKE_CXX_COMPILER=${compiler}"
     "-DCMAKE_CXX_FLAGS=${compiler_flags} -Wall -Wextra -Werror" "-DCMAKE_PREFIX_PATH=${prefix}"
-    "-Dexpected_version=${version}")
+    "-Dexpected_version=${version}" "-Dfirst_program=${first_program}")
 run("building the consumer" "${CMAKE_COMMAND}" --build "${cmake_build}")
 file(STRINGS "${cmake_build}/CMakeCache.txt" found REGEX "^vxclassifier_DIR:PATH=")
 if(NOT found STREQUAL "vxclassifier_DIR:PATH=${prefix}/${libdir}/cmake/vxclassifier")
     message(FATAL_ERROR "find_package found another package: ${found}")
 endif()
-run_consumer("${cmake_build}/consumer")
+run_programs("${cmake_build}")
 
 # Through pkg-config.
 set(ENV{PKG_CONFIG_PATH} "${prefix}/${libdir}/pkgconfig")
@@ -56,7 +75,11 @@ if(NOT found_version STREQUAL version)
 endif()
 run("asking pkg-config for the flags" pkg-config --cflags --libs vxclassifier)
 separate_arguments(package_flags UNIX_COMMAND "${output}")
-run("building with pkg-config's flags"
-    "${compiler}" ${flags} -std=c++17 -Wall -Wextra -Werror "${source_dir}/consumer/main.cpp" -o
-    "${work_dir}/through_pkg_config" ${package_flags})
-run_consumer("${work_dir}/through_pkg_config")
+file(MAKE_DIRECTORY "${work_dir}/through pkg-config")
+foreach(source "${source_dir}/consumer/round_trip.cpp" "${first_program}")
+    cmake_path(GET source STEM name)
+    run("building ${name} with pkg-config's flags"
+        "${compiler}" ${flags} -std=c++17 -Wall -Wextra -Werror "${source}" -o "${work_dir}/through pkg-config/${name}"
+        ${package_flags})
+endforeach()
+run_programs("${work_dir}/through pkg-config")

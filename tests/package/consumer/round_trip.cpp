@@ -1,5 +1,4 @@
-// A program as a user of the installed library would write it: stores a value, loads it again, and lets an
-// error of the library pass through its own code.
+// Stores a value, loads it again, and catches an error of the library by its standard base.
 
 #include <vxclassifier/platform/archive.h>
 #include <vxclassifier/platform/range.h>
@@ -28,7 +27,7 @@ int main() {
         std::puts("two bytes were taken for an archive");
         return 1;
     } catch (const std::exception& error) {
-        std::printf("consumer: done (%s)\n", error.what());
+        std::printf("refused: %s\n", error.what());
     }
     return 0;
 }
