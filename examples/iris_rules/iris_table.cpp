@@ -14,7 +14,7 @@ Function ignored() {
 /// 1 up to `full`, less and less until `none`, 0 from there on.
 Function atMost(double full, double none) {
     auto* function = new vxClassifierFeatureScoreOneSided;
-    const Function handle(function);
+    Function handle(function);
     function->init(none, full, 0.0, 0.0, 1.0);
     return handle;
 }
@@ -22,7 +22,7 @@ Function atMost(double full, double none) {
 /// 1 from `full` on, less and less down to `none`, 0 below that.
 Function atLeast(double full, double none) {
     auto* function = new vxClassifierFeatureScoreOneSided;
-    const Function handle(function);
+    Function handle(function);
     function->init(none, full, std::numeric_limits<double>::infinity(), 0.0, 1.0);
     return handle;
 }
@@ -30,7 +30,7 @@ Function atLeast(double full, double none) {
 /// 1 from `low` to `high`, less and less down to `none` and up to `noneHigh`. The parts meet at `high`.
 Function between(double none, double low, double high, double noneHigh) {
     auto* function = new vxClassifierFeatureScoreTwoSided;
-    const Function handle(function);
+    Function handle(function);
     function->init(none, low, high, noneHigh, high, high, 0.0, 1.0, 0.0, 1.0);
     return handle;
 }
