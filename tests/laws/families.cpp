@@ -75,6 +75,14 @@ bool areEqual(const vxDecisionTree& a, const vxPersistent& b) {
     return a.isEqual(as<vxDecisionTree>(b));
 }
 
+bool areEqual(const vx_ProbabilityDensityFunction& a, const vxPersistent& b) {
+    return a.isEquivalent(as<vx_ProbabilityDensityFunction>(b));
+}
+
+bool areEqual(const vx_CategoryModelBayesian& a, const vxPersistent& b) {
+    return a == as<vx_CategoryModelBayesian>(b);
+}
+
 bool ParamsAccess::isEqual(const vxClassifierTrainParams& asked, const vxClassifierTrainParams& other) {
     return (asked.*(&ParamsAccess::isEqual_))(other);
 }

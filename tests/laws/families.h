@@ -1,6 +1,7 @@
 #ifndef TESTS_LAWS_FAMILIES_H
 #define TESTS_LAWS_FAMILIES_H
 
+#include <vxclassifier/category_model_bayesian.h>
 #include <vxclassifier/classifier.h>
 #include <vxclassifier/classifier_data_provider.h>
 #include <vxclassifier/decision_tree.h>
@@ -9,6 +10,7 @@
 #include <vxclassifier/platform/exception.h>
 #include <vxclassifier/platform/persistent.h>
 #include <vxclassifier/predicate_function.h>
+#include <vxclassifier/probability_density_function.h>
 
 #include <memory>
 #include <vector>
@@ -41,6 +43,8 @@ bool areEqual(const vx_Classifier& a, const vxPersistent& b);
 bool areEqual(const vxPatternDistanceMetric& a, const vxPersistent& b);
 bool areEqual(const vxPredicateFunction& a, const vxPersistent& b);
 bool areEqual(const vxDecisionTree& a, const vxPersistent& b);
+bool areEqual(const vx_ProbabilityDensityFunction& a, const vxPersistent& b);
+bool areEqual(const vx_CategoryModelBayesian& a, const vxPersistent& b);
 
 /// The way to what only the frame may ask of parameters.
 struct ParamsAccess : vxClassifierTrainParams {

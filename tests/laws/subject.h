@@ -84,6 +84,18 @@ void expectEqual(const Subject& subject, const Object& a, const Object& b);
 /// The default object of the class, followed by its samples.
 std::vector<Object> allObjects(const Subject& subject);
 
+/// Those that have what the member stands for.
+template <class Function>
+std::vector<Subject> subjectsWith(Function Subject::*member) {
+    std::vector<Subject> having;
+    for (const Subject& each : subjects()) {
+        if (each.*member) {
+            having.push_back(each);
+        }
+    }
+    return having;
+}
+
 /// The class name as a part of a test's name.
 std::string testName(const Subject& subject);
 

@@ -1,18 +1,25 @@
 #include "tests/laws/subject.h"
 #include "tests/support/archives.h"
 
+#include <vxclassifier/category_model_bayesian.h>
+#include <vxclassifier/classifier_bayesian.h>
 #include <vxclassifier/classifier_costs.h>
 #include <vxclassifier/classifier_data_provider_memory.h>
 #include <vxclassifier/classifier_decision_tree.h>
 #include <vxclassifier/classifier_defs.h>
+#include <vxclassifier/classifier_distribution_types.h>
+#include <vxclassifier/classifier_frequencies.h>
 #include <vxclassifier/classifier_knn.h>
 #include <vxclassifier/classifier_result.h>
+#include <vxclassifier/classifier_train_params_bayesian.h>
 #include <vxclassifier/classifier_train_params_knn.h>
 #include <vxclassifier/comparison_predicate.h>
 #include <vxclassifier/decision_tree_leaf.h>
 #include <vxclassifier/decision_tree_node.h>
 #include <vxclassifier/feature_pattern.h>
 #include <vxclassifier/pattern_distance_metric_norm.h>
+#include <vxclassifier/pdf_binomial.h>
+#include <vxclassifier/pdf_multivariate_normal.h>
 #include <vxclassifier/platform/range.h>
 #include <vxclassifier/range_predicate.h>
 #include <vxclassifier/validity_predicate.h>
@@ -121,6 +128,69 @@ Objects treeClassifiers() {
     return {trained(node()), trained(leaf(4))};
 }
 
+vxClassifierTrainParamsBayesian bayesianParams(double frequency) {
+    vxClassifierFrequencies frequencies(1.0);
+    frequencies.categoryFrequencyOverride(9, frequency);
+    return vxClassifierTrainParamsBayesian(
+        vxClassifierDistributionTypes(vxClassifierDistributionTypes::eMultivariateNormal), frequencies,
+        vxClassifierCosts(2.0), vxFeaturePattern({9.0, 9.0}, {}));
+}
+
+Objects bayesianParamsSamples() {
+    return {own(new vxClassifierTrainParamsBayesian(bayesianParams(1.0))),
+            own(new vxClassifierTrainParamsBayesian(bayesianParams(3.0)))};
+}
+
+Objects bayesianClassifiers() {
+    const auto trained = [](double frequency) {
+        auto* classifier = new vx_ClassifierBayesian;
+        const Object owner = own(classifier);
+        classifier->train(data(), bayesianParams(frequency));
+        return owner;
+    };
+    return {trained(1.0), trained(3.0)};
+}
+
+/// Values that one measurement takes in a training.
+std::vector<vxFeaturePattern> values(const std::vector<double>& measurements) {
+    std::vector<vxFeaturePattern> patterns;
+    for (const double measurement : measurements) {
+        patterns.emplace_back(std::vector<double>{measurement}, std::vector<long>{});
+    }
+    return patterns;
+}
+
+template <class Density>
+Object trainedDensity(Density* density, const std::vector<double>& measurements) {
+    const Object owner = own(density);
+    density->updateWithData(values(measurements));
+    return owner;
+}
+
+Objects binomials() {
+    const vxFeaturePattern maximum({10.0}, {});
+    return {trainedDensity(new vx_PDFBinomial(maximum), {2.0, 4.0, 5.0, 3.0}),
+            trainedDensity(new vx_PDFBinomial(maximum), {7.0, 8.0, 9.0, 8.0})};
+}
+
+Objects normals() {
+    return {trainedDensity(new vx_PDFMultivariateNormal, {2.0, 4.0, 5.0, 3.0}),
+            trainedDensity(new vx_PDFMultivariateNormal, {7.0, 8.0, 9.0, 8.0})};
+}
+
+Objects categoryModels() {
+    const auto trained = [](long label, double shift) {
+        auto* model = new vx_CategoryModelBayesian(
+            label, {{0}}, {vxClassifierDistributionTypes::eMultivariateNormal}, vxFeaturePattern({}, {}));
+        const Object owner = own(model);
+        for (const vxFeaturePattern& value : values({2.0 + shift, 4.0, 5.0, 3.0})) {
+            model->adapt(value);
+        }
+        return owner;
+    };
+    return {trained(4, 0.0), trained(4, 1.0), trained(9, 0.0)};
+}
+
 } // namespace
 
 const std::vector<Subject>& subjects() {
@@ -140,6 +210,12 @@ const std::vector<Subject>& subjects() {
         subject<vxPatternDistanceMetricNorm>("vxPatternDistanceMetricNorm", 3, &metrics),
         subject<vxClassifierTrainParamsKNN>("vxClassifierTrainParamsKNN", 3, &knnParams),
         subject<vx_ClassifierKNN>("vx_ClassifierKNN", 3, &knnClassifiers),
+        subject<vxClassifierTrainParamsBayesian>("vxClassifierTrainParamsBayesian", 3,
+                                                 &bayesianParamsSamples),
+        subject<vx_ClassifierBayesian>("vx_ClassifierBayesian", 3, &bayesianClassifiers),
+        subject<vx_CategoryModelBayesian>("vx_CategoryModelBayesian", 3, &categoryModels),
+        subject<vx_PDFBinomial>("vx_PDFBinomial", 3, &binomials),
+        subject<vx_PDFMultivariateNormal>("vx_PDFMultivariateNormal", 3, &normals),
         subject<vxComparisonPredicate>("vxComparisonPredicate", 3, &comparisonPredicates),
         subject<vxValidityPredicate>("vxValidityPredicate", 3, &validityPredicates),
         subject<vxRangePredicate>("vxRangePredicate", 3, &rangePredicates),
