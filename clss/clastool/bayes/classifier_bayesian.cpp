@@ -160,7 +160,7 @@ void vx_ClassifierBayesian::addModel(long label, const vxClassifierTrainParamsBa
     model->beginTraining();
     categoryLabels_.push_back(label);
     try {
-        categoryModels_.push_back(model);
+        categoryModels_.emplace_back(model);
     } catch (...) {
         categoryLabels_.pop_back();
         throw;
