@@ -3,10 +3,11 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cmath>
 #include <cstddef>
+#include <cstdlib>
+#include <ostream>
 #include <random>
+#include <stdexcept>
 #include <string>
 
 // Comparisons and lists of labels of many small random trees against their definitions. The trees share
@@ -161,6 +162,10 @@ struct Kind {
     bool foreign;
     bool broken;
 };
+
+std::ostream& operator<<(std::ostream& out, const Kind& kind) {
+    return out << kind.name;
+}
 
 class Definition : public testing::TestWithParam<Kind> {
 protected:

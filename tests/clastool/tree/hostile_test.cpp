@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <limits>
+#include <utility>
 
 // Values that no constructor would accept, as a forged archive brings them, and classes that a caller may
 // hand in.
@@ -161,20 +163,21 @@ test::Bytes sealed(const test::Bytes& content) {
 TEST(HostileTree, AnArchiveCannotMakeANodeBelowItself) {
     const Tree tree = test::node(always(), leaf({1}), leaf({2}));
     test::Bytes content = test::payload(test::stored(tree));
-    // The node is the last of the four records, and its branches are the first numbers in it after the three
-    // versions; each record number below is tried in their place.
+    // The node is the last of the four records; it ends with the record numbers of its branches and of its
+    // predicate, before the number of the tree itself.
     const std::size_t trueBranch = content.size() - 4 - 3 * 4;
+    const std::size_t falseBranch = trueBranch + 4;
     for (const unsigned char number : std::initializer_list<unsigned char>{4, 5, 255}) {
         content[trueBranch] = number;
         const test::Bytes forged = sealed(content);
         Tree loaded;
         EXPECT_ERROR_CLASS(test::load(forged, loaded), vxArchive::BadReference);
     }
-    content[trueBranch] = 2;
+    std::swap(content[trueBranch] = 1, content[falseBranch]);
     const test::Bytes valid = sealed(content);
     Tree loaded;
     test::load(valid, loaded);
-    EXPECT_TRUE(loaded->isEqual(*test::node(always(), leaf({2}), leaf({2}))));
+    EXPECT_TRUE(loaded->isEqual(*test::node(always(), leaf({2}), leaf({1}))));
 }
 
 TEST(HostileClassifier, ATrainingMayBeGivenAPartOfTheOwnTree) {
