@@ -164,6 +164,7 @@ Options parse(int argc, char** argv, CLI::App& app) {
 
 } // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): what is left outside the try can only run out of memory.
 int main(int argc, char** argv) {
     CLI::App app("Trains vxclassifier on two thirds of each file and decides the rest.");
     try {

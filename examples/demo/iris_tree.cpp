@@ -19,6 +19,7 @@ struct Likelihood {
 
 vxDecisionTreeLeaf leaf(const std::vector<Likelihood>& likelihoods, const vxClassifierCosts& costs) {
     std::vector<vxClassifierCategoryResult> scores;
+    scores.reserve(likelihoods.size());
     for (const Likelihood& likelihood : likelihoods) {
         scores.emplace_back(likelihood.label, likelihood.score, 0.0, 0.0);
     }

@@ -109,6 +109,7 @@ vxDecisionTreeLeaf makeLeaf(const Patterns& patterns, const vxClassifierCosts& c
 
 } // namespace
 
+// NOLINTNEXTLINE(misc-no-recursion): a level at most for each of `depth`, and each makes its part smaller.
 vxPtrHandle<vxDecisionTree> growTree(const Patterns& training, const vxClassifierCosts& costs, int depth) {
     const Split split = depth > 0 ? findSplit(training) : Split{};
     if (split.index < 0) {
