@@ -374,7 +374,8 @@ TEST(ClassifierBayesian, EquivalenceAsksForTheClassFirst) {
 TEST(ClassifierBayesian, ACloneIsEqualAndLivesOnItsOwn) {
     OpenBayesian classifier = trained();
     const vxPtrHandle<vx_Classifier> clone = classifier.clone();
-    EXPECT_TRUE(typeid(*clone) == typeid(vx_ClassifierBayesian));
+    const vx_Classifier& object = *clone;
+    EXPECT_TRUE(typeid(object) == typeid(vx_ClassifierBayesian));
     EXPECT_TRUE(clone->isEquivalent(classifier));
     classifier.train(dataOf({{{0, 0}, 1}}), paramsOf(normalTypes()));
     EXPECT_TRUE(clone->isEquivalent(trained()));

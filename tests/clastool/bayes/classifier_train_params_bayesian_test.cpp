@@ -143,7 +143,8 @@ TEST(ClassifierTrainParamsBayesian, ACloneIsANewEqualObject) {
     const Params params = someParams();
     const vxPtrHandle<vxClassifierTrainParams> clone = params.clone();
     EXPECT_NE(clone.get(), &params);
-    EXPECT_TRUE(typeid(*clone) == typeid(vxClassifierTrainParamsBayesian));
+    const vxClassifierTrainParams& object = *clone;
+    EXPECT_TRUE(typeid(object) == typeid(vxClassifierTrainParamsBayesian));
     EXPECT_TRUE(params.isEqual_(*clone));
 }
 
@@ -206,7 +207,8 @@ TEST(ClassifierTrainParamsBayesian, TheTechniqueIsTheClassWhateverTheValues) {
 
 TEST(ClassifierTrainParamsBayesian, TheNewClassifierIsUntrainedAndBayesian) {
     const std::unique_ptr<vx_Classifier> classifier(someParams().newClassifier_());
-    EXPECT_TRUE(typeid(*classifier) == typeid(vx_ClassifierBayesian));
+    const vx_Classifier& object = *classifier;
+    EXPECT_TRUE(typeid(object) == typeid(vx_ClassifierBayesian));
     EXPECT_FALSE(classifier->isTrained());
     EXPECT_TRUE(classifier->isEquivalent(vx_ClassifierBayesian()));
 }
