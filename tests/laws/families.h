@@ -13,6 +13,7 @@
 #include <vxclassifier/probability_density_function.h>
 
 #include <memory>
+#include <typeinfo>
 #include <vector>
 
 namespace laws {
@@ -31,6 +32,11 @@ Object reloaded(const vxPersistent& object);
 template <class T>
 const T& as(const vxPersistent& object) {
     return dynamic_cast<const T&>(object);
+}
+
+/// The class that the object was made as.
+inline const std::type_info& classOf(const vxPersistent& object) {
+    return typeid(object);
 }
 
 // How the objects of a family compare: the first one is asked whether the second one is equal. A new family

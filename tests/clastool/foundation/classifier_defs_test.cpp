@@ -92,7 +92,7 @@ constexpr const wchar_t* message = L"K must be >= 1 \u2265";
 
 template <class Error>
 class ClassifierErrors : public testing::Test {};
-TYPED_TEST_SUITE(ClassifierErrors, Family);
+TYPED_TEST_SUITE(ClassifierErrors, Family, );
 
 TYPED_TEST(ClassifierErrors, HaveTheirPublishedNumber) {
     EXPECT_EQ(TypeParam(L"x").errorNumber(), Published<TypeParam>::number);
@@ -114,7 +114,7 @@ TYPED_TEST(ClassifierErrors, MakeGivesADefaultOneOnTheHeap) {
     const std::unique_ptr<vxPersistent> made(TypeParam::make());
     const auto* error = dynamic_cast<const TypeParam*>(made.get());
     ASSERT_NE(error, nullptr);
-    EXPECT_EQ(typeid(*made), typeid(TypeParam));
+    EXPECT_EQ(typeid(*error), typeid(TypeParam));
     EXPECT_EQ(error->message(), L"");
     EXPECT_EQ(error->errorNumber(), Published<TypeParam>::number);
 }

@@ -31,7 +31,6 @@ using vxClassifierDefs::BadLabel;
 using vxClassifierDefs::BadParams;
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double infinity = std::numeric_limits<double>::infinity();
 
 constexpr const wchar_t* negativeLabel = L"Category labels must be >= 0";
 constexpr const wchar_t* badScore = L"Scores must be >= 0.0 and <= 1.0";
