@@ -6,6 +6,8 @@
 #include <vxclassifier/feature_pattern.h>
 #include <vxclassifier/platform/archive.h>
 
+#include <algorithm>
+
 vx_Instantiator vxRangePredicate::sExemplar(typeid(vxRangePredicate), &vxRangePredicate::make);
 
 vxRangePredicate::vxRangePredicate() : measurementRange_(vxRange::FullRange()), measurementIndices_{0} {}
@@ -30,12 +32,9 @@ vxPersistent* vxRangePredicate::make() {
 }
 
 bool vxRangePredicate::outcome(const vxFeaturePattern& pattern) const {
-    for (const long index : measurementIndices_) {
-        if (!pattern.isValid(index) || !measurementRange_.isWithin(pattern.featureMeasurement(index, true))) {
-            return false;
-        }
-    }
-    return true;
+    return std::all_of(measurementIndices_.begin(), measurementIndices_.end(), [&](long index) {
+        return pattern.isValid(index) && measurementRange_.isWithin(pattern.featureMeasurement(index, true));
+    });
 }
 
 vxPtrHandle<vxPredicateFunction> vxRangePredicate::clone() const {

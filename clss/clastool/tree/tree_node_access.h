@@ -26,8 +26,12 @@ public:
 /// The tree as a node if it is of exactly this class, else null. A derived class may behave otherwise and
 /// must be called; besides, this is faster than a cast that fails.
 inline const vxDecisionTreeNode* exactNode(const vxDecisionTree& tree) noexcept {
-    return typeid(tree) == typeid(vxDecisionTreeNode) ? static_cast<const vxDecisionTreeNode*>(&tree)
-                                                      : nullptr;
+    if (typeid(tree) != typeid(vxDecisionTreeNode)) {
+        return nullptr;
+    }
+    // The line above is the check that a dynamic cast would repeat.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-static-cast-downcast)
+    return static_cast<const vxDecisionTreeNode*>(&tree);
 }
 
 /// Whether a walk can come to the tree on more than one path. One that has a single share is held by the

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -256,6 +257,34 @@ TEST(DecisionTreeNode, AnExactNodeTakesADerivedOneForANode) {
     const LikesEverything derived(vxValidityPredicate(), *leaf({1}), *leaf({2}));
     EXPECT_TRUE(below == derived);
     EXPECT_FALSE(nodeOver(1, 3) == derived);
+}
+
+/// Equal to one whose value is near, so that two that equal the same one need not equal each other.
+struct NearPredicate : vxPredicateFunction {
+    explicit NearPredicate(int value) : value_(value) {}
+    bool outcome(const vxFeaturePattern&) const override { return true; }
+    vxPtrHandle<vxPredicateFunction> clone() const override {
+        return test::Predicate(new NearPredicate(*this));
+    }
+    bool isEqual(const vxPredicateFunction& other) const override {
+        return std::abs(value_ - dynamic_cast<const NearPredicate&>(other).value_) <= 1;
+    }
+    int value_;
+};
+
+TEST(DecisionTreeNode, WhatEqualsTheSameByACallersPredicateNeedNotBeEqual) {
+    const auto near = [](int value) {
+        return test::node(test::Predicate(new NearPredicate(value)), leaf({1}), leaf({2}));
+    };
+    const auto fourOf = [](const Tree& a, const Tree& b, const Tree& c, const Tree& d) {
+        return test::node(test::always(), test::node(test::always(), a, b), test::node(test::always(), c, d));
+    };
+    const Tree low = near(0);
+    const Tree middle = near(1);
+    const Tree high = near(2);
+    const Tree highest = near(3);
+    EXPECT_TRUE(fourOf(low, high, high, high)->isEqual(*fourOf(middle, middle, highest, highest)));
+    EXPECT_FALSE(fourOf(low, high, high, low)->isEqual(*fourOf(middle, middle, highest, highest)));
 }
 
 } // namespace
