@@ -110,17 +110,15 @@ TEST(Sharing, CallersClassesAreComparedOncePerPair) {
     EXPECT_TRUE(doubled(leaf({1}), levels, own)->isEqual(*doubled(leaf({1}), levels, own)));
 }
 
-/// `selectors` doubled levels above a full binary tree of as many levels, or the other way round, above
-/// `tails`: the levels of one kind do not matter for which tail is reached, those of the other do. So of two
-/// trees that differ in the order every tail meets every other one.
-Tree fanned(std::vector<Tree> trees, const Tree& tail) {
+/// A full binary tree above these trees, whose number is a power of two.
+Tree fanned(std::vector<Tree> trees) {
     while (trees.size() > 1) {
         for (std::size_t i = 0; i < trees.size() / 2; ++i) {
             trees[i] = test::node(always(), trees[2 * i], trees[2 * i + 1]);
         }
         trees.resize(trees.size() / 2);
     }
-    return trees.empty() ? tail : trees.front();
+    return trees.front();
 }
 
 Tree longTail(int length) {
@@ -135,15 +133,17 @@ TEST(Sharing, ManyEqualPartsNeedNotMeetPairByPair) {
     constexpr int fanLevels = 12;
     constexpr std::size_t tails = std::size_t{1} << fanLevels;
     constexpr int tailLength = 50;
-    // 4096 tails on each side: pair by pair that would be 16 million comparisons of 50 nodes.
+    // On the left the first half of a path is without effect and the second half chooses the tail, on the
+    // right it is the other way round. So each of the 4096 tails of one side meets each of the other: pair by
+    // pair that would be 16 million comparisons of 50 nodes.
     std::vector<Tree> below;
     std::vector<Tree> above;
     for (std::size_t i = 0; i < tails; ++i) {
         below.push_back(longTail(tailLength));
         above.push_back(doubled(longTail(tailLength), fanLevels));
     }
-    const Tree left = doubled(fanned(below, nullptr), fanLevels);
-    const Tree right = fanned(above, nullptr);
+    const Tree left = doubled(fanned(below), fanLevels);
+    const Tree right = fanned(above);
     EXPECT_TRUE(left->isEqual(*right));
     EXPECT_TRUE(right->isEqual(*left));
 }
