@@ -123,6 +123,17 @@ void demonstrateNeighbours(const demo::LabelledSplit& split, const vxClassifierC
     report(title, tool, standardizer.apply(complete.testing), costs, options.store);
 }
 
+/// Each measurement has a normal distribution of its own in each category; missing ones are left out.
+void demonstrateBayes(const demo::LabelledSplit& split, const vxClassifierCosts& costs,
+                      const Options& options) {
+    const vxClassifierDistributionTypes types(vxClassifierDistributionTypes::eMultivariateNormal);
+    vxClassifierTool tool;
+    tool.train(demo::providerOf(split.training),
+               vxClassifierTrainParamsBayesian(types, vxClassifierFrequencies(1.0), costs,
+                                               vxFeaturePattern({}, {})));
+    report("Bayes, independent measurements", tool, split.testing, costs, options.store);
+}
+
 void demonstrateTree(const demo::LabelledSplit& split, const demo::CsvDataset& dataset,
                      const vxClassifierCosts& costs, const Options& options) {
     const bool isIris =
@@ -145,6 +156,7 @@ void demonstrate(const std::string& file, const Options& options) {
     std::cout << file << ": " << dataset.measurementNames.size() << " measurements, " << split.training.size()
               << " patterns to train with, " << split.testing.size() << " to decide\n\n";
     demonstrateNeighbours(split, costs, options);
+    demonstrateBayes(split, costs, options);
     demonstrateTree(split, dataset, costs, options);
 }
 
