@@ -156,11 +156,7 @@ void crossValidate(const Options& options) {
     }
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
-    CLI::App app(
-        "Decides each fold of a file of labelled measurements by a Bayesian tool trained on the others.");
+Options parse(int argc, char** argv, CLI::App& app) {
     Options options;
     app.add_option("file", options.file, "Labelled measurements (data/README.md)")->required();
     app.add_option("--folds", options.folds, "A file with the number of each pattern's fold")->required();
@@ -168,9 +164,17 @@ int main(int argc, char** argv) {
                    "Measurements that depend on each other, such as 0-3,7; repeat for more");
     app.add_flag("--joint", options.joint, "All measurements depend on each other");
     app.add_flag("--impute", options.impute, "Put means in the place of missing measurements");
+    app.parse(argc, argv);
+    return options;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app(
+        "Decides each fold of a file of labelled measurements by a Bayesian tool trained on the others.");
     try {
-        app.parse(argc, argv);
-        crossValidate(options);
+        crossValidate(parse(argc, argv, app));
         return 0;
     } catch (const CLI::ParseError& error) {
         return app.exit(error);

@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <iostream>
 #include <string>
 #include <vector>
 
@@ -76,6 +77,7 @@ vxClassifierRuleTable rulesFromTheDescriptions() {
     std::vector<vxClassifierRule> rules;
     for (const std::vector<vxPair<double>>& kind : kinds) {
         std::vector<vxPtrHandle<vxClsFtSc>> methods;
+        methods.reserve(kind.size());
         for (const vxPair<double>& measurement : kind) {
             methods.push_back(around(measurement));
         }
@@ -112,7 +114,7 @@ int main() {
         useRules(split);
         return 0;
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "generated_data: %s\n", error.what());
+        std::cerr << "generated_data: " << error.what() << '\n';
         return 1;
     }
 }
