@@ -8,7 +8,9 @@
 #include <vector>
 
 /// Makes synthetic patterns of one category: independent, normally distributed measurements. The same
-/// description always gives the same patterns, on every machine.
+/// description always gives the same patterns, on every machine. All generators draw from the same sequence
+/// of standard normal numbers, so the patterns of two of them are independent of each other only if they come
+/// from different parts of it.
 ///
 /// States: empty at first; generated after the first call that drew patterns, and then for good. A copy
 /// carries the state.

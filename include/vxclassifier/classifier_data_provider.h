@@ -11,7 +11,8 @@
 
 /// Labelled training data as a classifier reads them: an indexed sequence of feature patterns, each with a
 /// category label. A label is not negative, except for -1, which marks a pattern whose category is not known.
-/// Derive from this class to train from data that lie elsewhere.
+/// Derive from this class to train from data that lie elsewhere; the archive operations are needed only if
+/// the provider itself is to be stored.
 ///
 /// Initial state: none of its own.
 ///

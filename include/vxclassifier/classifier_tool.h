@@ -44,12 +44,10 @@ public:
     /// Learns from labelled data by the technique that the class of `params` stands for. The previous
     /// training is lost in any case. Throws:
     /// - vxClassifierDefs::NotImplemented if the parameters fail to make a classifier, vxBadPointer if they
-    /// make none; the tool
-    ///   is empty then;
+    ///   make none; the tool is empty then;
     /// - what the technique throws; the tool is untrained then;
     /// - if params.throwIfNotReady(), what the trial run throws: an error of vxClassifierDefs leaves the tool
-    /// untrained, any
-    ///   other leaves it trained.
+    ///   untrained, any other (vxInterrupted, say) leaves it trained.
     void train(const vxClassifierDataProvider& provider, const vxClassifierTrainParams& params,
                vxDiagObject* diag = nullptr, unsigned long flags = 0);
 
