@@ -1,4 +1,5 @@
-# What `cmake --install` puts where: the shared library, the public headers, the CMake package and the pkg-config file.
+# What `cmake --install` puts where: the shared library, the public headers, the CMake package, the pkg-config file and the
+# documentation.
 include(CMakePackageConfigHelpers)
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/vxclassifier")
@@ -53,3 +54,13 @@ install(
     FILES "${CMAKE_CURRENT_BINARY_DIR}/vxclassifier.pc"
     DESTINATION "${pkg_config_dir}"
     COMPONENT vxclassifier_development)
+
+# The pages that the headers point to, and the licence.
+install(
+    DIRECTORY "${PROJECT_SOURCE_DIR}/docs/"
+    DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+    COMPONENT vxclassifier_development)
+install(
+    FILES "${PROJECT_SOURCE_DIR}/LICENSE"
+    DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+    COMPONENT vxclassifier_runtime)

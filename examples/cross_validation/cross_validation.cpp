@@ -170,6 +170,7 @@ Options parse(int argc, char** argv, CLI::App& app) {
 
 } // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): what is left outside the try can only run out of memory.
 int main(int argc, char** argv) {
     CLI::App app(
         "Decides each fold of a file of labelled measurements by a Bayesian tool trained on the others.");

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <limits>
 #include <optional>
@@ -131,7 +132,7 @@ CsvDataset readCsvDataset(std::istream& source, const std::string& name) {
 
 CsvDataset readCsvDataset(const std::string& file) {
     std::ifstream source(file, std::ios::binary);
-    if (!source) {
+    if (!source || std::filesystem::is_directory(file)) {
         throw CsvError(file, 0, "the file cannot be opened");
     }
     return readCsvDataset(source, file);

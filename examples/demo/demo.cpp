@@ -16,6 +16,7 @@
 #include <iomanip>
 #include <iostream>
 #include <iterator>
+#include <limits>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -48,7 +49,7 @@ vxClassifierCosts unequalCosts(const demo::CsvDataset& dataset, double missCost)
 /// Shows a few decisions: the first pattern of the part that was not trained with, one from its middle and
 /// its last.
 void showDecisions(const demo::Evaluation& evaluation, const std::vector<demo::LabelledPattern>& patterns) {
-    for (const std::size_t i : {std::size_t{0}, patterns.size() / 2, patterns.size() - 1}) {
+    for (const std::size_t i : std::set<std::size_t>{0, patterns.size() / 2, patterns.size() - 1}) {
         std::cout << "    pattern " << i << ", really of category " << patterns[i].label << ":\n";
         demo::printResult(std::cout, evaluation.results()[i]);
     }
@@ -111,7 +112,7 @@ void demonstrateNeighbours(const demo::LabelledSplit& split, const vxClassifierC
                            const Options& options) {
     const demo::LabelledSplit complete = demo::withoutMissing(split);
     if (complete.training.empty() || complete.testing.empty()) {
-        std::cout << "  nearest neighbours: left out, since every pattern lacks a measurement\n\n";
+        std::cout << "  nearest neighbours: left out, since too few patterns have all their measurements\n\n";
         return;
     }
     const demo::Standardizer standardizer(complete.training);
@@ -128,9 +129,14 @@ void demonstrateBayes(const demo::LabelledSplit& split, const vxClassifierCosts&
                       const Options& options) {
     const vxClassifierDistributionTypes types(vxClassifierDistributionTypes::eMultivariateNormal);
     vxClassifierTool tool;
-    tool.train(demo::providerOf(split.training),
-               vxClassifierTrainParamsBayesian(types, vxClassifierFrequencies(1.0), costs,
-                                               vxFeaturePattern({}, {})));
+    try {
+        tool.train(demo::providerOf(split.training),
+                   vxClassifierTrainParamsBayesian(types, vxClassifierFrequencies(1.0), costs,
+                                                   vxFeaturePattern({}, {})));
+    } catch (const vxClassifierDefs::InsufficientTrainData& error) {
+        std::cout << "  Bayes: left out: " << error.what() << "\n\n";
+        return;
+    }
     report("Bayes, independent measurements", tool, split.testing, costs, options.store);
 }
 
@@ -167,9 +173,11 @@ Options parse(int argc, char** argv, CLI::App& app) {
     app.add_option("-k,--neighbours", options.neighbours, "How many neighbours vote")->capture_default_str();
     app.add_option("--miss-cost", options.missCost,
                    "Cost of taking the first category for another; others cost 1")
-        ->capture_default_str();
+        ->capture_default_str()
+        ->check(CLI::Range(0.0, std::numeric_limits<double>::max()));
     app.add_option("--tree-depth", options.treeDepth, "Depth of a tree that the demo builds")
-        ->capture_default_str();
+        ->capture_default_str()
+        ->check(CLI::Range(0, 20));
     app.parse(argc, argv);
     return options;
 }

@@ -1,6 +1,7 @@
 #include "examples/demo/labelled_split.h"
 
 #include <cstddef>
+#include <map>
 
 namespace demo {
 
@@ -20,12 +21,13 @@ std::vector<LabelledPattern> complete(const std::vector<LabelledPattern>& patter
 
 LabelledSplit splitDataset(const CsvDataset& dataset) {
     LabelledSplit split;
-    for (std::size_t i = 0; i < dataset.rows.size(); ++i) {
-        const CsvRow& row = dataset.rows[i];
+    std::map<long, std::size_t> met; // of each category
+    for (const CsvRow& row : dataset.rows) {
         const LabelledPattern pattern{
             vxPtrHandle_const<vxFeaturePattern>(new vxFeaturePattern(row.measurements, row.missing)),
             row.label};
-        (i % 3 == 2 ? split.testing : split.training).push_back(pattern);
+        const bool isThird = ++met[row.label] % 3 == 0;
+        (isThird ? split.testing : split.training).push_back(pattern);
     }
     return split;
 }

@@ -22,7 +22,7 @@ struct LabelledSplit {
     std::vector<LabelledPattern> testing;
 };
 
-/// Every third pattern is kept for testing.
+/// Every third pattern of each category is kept for testing.
 LabelledSplit splitDataset(const CsvDataset& dataset);
 
 /// Only the patterns without missing measurements.

@@ -94,11 +94,12 @@ TEST(CsvDataset, ReportsEveryMalformedLineWithFileAndLine) {
 }
 
 TEST(CsvDataset, ReportsAFileThatCannotBeRead) {
-    try {
-        demo::readCsvDataset("no such folder/set.csv");
-        FAIL() << "no error";
-    } catch (const demo::CsvError& error) {
-        EXPECT_STREQ(error.what(), "no such folder/set.csv:0: the file cannot be opened");
+    for (const std::string file : {"no such folder/set.csv", "."}) {
+        try {
+            demo::readCsvDataset(file);
+            FAIL() << "no error";
+        } catch (const demo::CsvError& error) {
+            EXPECT_EQ(error.what(), file + ":0: the file cannot be opened");
+        }
     }
-    EXPECT_THROW(demo::readCsvDataset("."), demo::CsvError) << "a folder";
 }
