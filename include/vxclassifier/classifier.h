@@ -128,6 +128,10 @@ protected:
     /// hand.
     const vxPtrHandle_const<vxClassifierTrainParams>& storedParams_() const noexcept { return params_; }
 
+    /// To be called by a technique's training by hand, after untrain(), which leaves parameters that an
+    /// archive brought to an untrained classifier.
+    void forgetParams_() noexcept { params_.reset(); }
+
     /// To be called by every assignment before anything changes: tells an archive that tracks the object.
     void beginAssignment_() noexcept;
 

@@ -126,6 +126,7 @@ void vx_ClassifierDecisionTree::trainManual(const vxDecisionTree& tree, vxDiagOb
     // `tree` may be part of our own, which untraining would free.
     const vxPtrHandle_const<vxDecisionTree> previous = tree_;
     untrain();
+    forgetParams_();
     tree_ = tree.clone();
     vxDiagObject* destination = vxDiagObject::getRecordingDestination(diag, flags);
     recordTrainInputs_(destination, flags);

@@ -2,7 +2,10 @@
 
 #include "tests/clastool/tree/trees.h"
 #include "tests/support/archives.h"
+#include "tests/support/expect_error.h"
 #include "tests/support/expect_unknown_version.h"
+
+#include <vxclassifier/classifier_defs.h>
 
 #include <gtest/gtest.h>
 
@@ -81,6 +84,67 @@ TEST(ClassifierDecisionTreePersistence, IsRegistered) {
     test::load(bytes, loaded);
     ASSERT_FALSE(loaded.isNull());
     EXPECT_TRUE(classifier.isEquivalent(*loaded));
+}
+
+/// Parameters that take any others for equal, and remember who was asked last.
+struct AskedParams : vxClassifierTrainParams {
+    AskedParams() = default;
+    AskedParams(const AskedParams& other) : vxPersistent(), vxRepBase(), vxClassifierTrainParams(other) {}
+    static vxPersistent* make() { return new AskedParams; }
+    vxPtrHandle<vxClassifierTrainParams> clone() const override {
+        return vxPtrHandle<vxClassifierTrainParams>(new AskedParams(*this));
+    }
+    bool isEqual_(const vxClassifierTrainParams&) const override {
+        asked = this;
+        return true;
+    }
+    bool isSameTechnique_(const vxClassifierTrainParams&) const override { return true; }
+    vx_Classifier* newClassifier_() const override { return nullptr; }
+
+    static const vxClassifierTrainParams* asked;
+};
+
+const vxClassifierTrainParams* AskedParams::asked = nullptr;
+const vx_Instantiator askedParamsExemplar(typeid(AskedParams), &AskedParams::make);
+
+/// A classifier with parameters, which only an archive can bring.
+vx_ClassifierDecisionTree loadedWithParams(const Tree& tree) {
+    vx_ClassifierDecisionTree loaded;
+    test::load(test::archiveOf([&](vxArchive& archive) {
+                   vxPtrHandle<vxClassifierTrainParams> params(new AskedParams);
+                   Tree stored = tree;
+                   test::putBytes(archive, {0, 0, 0});
+                   archive || params || stored;
+               }),
+               loaded);
+    return loaded;
+}
+
+TEST(ClassifierDecisionTreePersistence, LoadedParametersAreSharedByCopiesAndAssignments) {
+    const vx_ClassifierDecisionTree loaded = loadedWithParams(leaf({1}));
+    const vx_ClassifierDecisionTree copy(loaded);
+    vx_ClassifierDecisionTree assigned;
+    assigned = loaded;
+    EXPECT_EQ(copy.trainParams(), loaded.trainParams());
+    EXPECT_EQ(assigned.trainParams(), loaded.trainParams());
+}
+
+TEST(ClassifierDecisionTreePersistence, IsEquivalentAsksTheOwnParametersAndTheOperatorTheOthers) {
+    const vx_ClassifierDecisionTree classifier = loadedWithParams(leaf({1}));
+    const vx_ClassifierDecisionTree other = loadedWithParams(leaf({1}));
+    EXPECT_TRUE(classifier.isEquivalent(other));
+    EXPECT_EQ(AskedParams::asked, classifier.trainParams().get());
+    EXPECT_TRUE(classifier == other);
+    EXPECT_EQ(AskedParams::asked, other.trainParams().get());
+}
+
+TEST(ClassifierDecisionTreePersistence, TrainingByHandDropsLoadedParametersWithAndWithoutALoadedTree) {
+    for (const Tree& tree : {leaf({1}), Tree()}) {
+        vx_ClassifierDecisionTree loaded = loadedWithParams(tree);
+        loaded.trainManual(*leaf({2}));
+        EXPECT_ERROR(loaded.trainParams(), vxClassifierDefs::BadMethod,
+                     L"Classifier tool was not automatically trained.");
+    }
 }
 
 TEST(ClassifierDecisionTreePersistence, AnAssignmentIsReportedToAnArchiveThatTracksTheClassifier) {
