@@ -285,6 +285,9 @@ TEST(DataProviderMemory, ANullHandleIsMetWhenItIsCompared) {
     EXPECT_ERROR_CLASS(static_cast<void>(sound == withNull), vxBadPointer);
     EXPECT_ERROR_CLASS(static_cast<void>(withNull == withNull), vxBadPointer);
     EXPECT_ERROR_CLASS(static_cast<void>(sound != withNull), vxBadPointer);
+    withNull.setName(L"another name");
+    EXPECT_ERROR_CLASS(static_cast<void>(withNull == sound), vxBadPointer);
+    EXPECT_ERROR_CLASS(static_cast<void>(sound == withNull), vxBadPointer);
     EXPECT_FALSE(withNull == Memory()) << "another number of patterns is noticed first";
     Memory differsFirst;
     differsFirst.data({pattern({2}), pattern({1})}, {0, 0});

@@ -168,6 +168,9 @@ TEST(HostileFrequencies, LoadedFrequenciesThatNoSetterTakesGiveTheNamedErrorsOrP
                  L"At least one of the category frequencies must be > 0.");
     EXPECT_ERROR(vxClassifierResult(matches, forgedFrequencies(1.0, {2}, {-0.25}), costs, 0.0), BadParams,
                  L"Scores must be >= 0.0 and <= 1.0");
+    const vxClassifierResult fromNegative(matches, forgedFrequencies(-1.0), costs, 0.0);
+    EXPECT_THAT(labelsOf(fromNegative), ElementsAre(1, 2)) << "only a sum of exactly 0 is refused";
+    EXPECT_EQ(fromNegative.categoryResults()[0].classScore(), 0.5);
     const vxClassifierResult result(matches, forgedFrequencies(1.0, {2}, {nan}), costs, 0.0);
     EXPECT_THAT(labelsOf(result), ElementsAre(1, 2));
     EXPECT_TRUE(std::isnan(result.categoryResults()[0].classScore()));
