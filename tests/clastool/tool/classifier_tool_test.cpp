@@ -4,6 +4,7 @@
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/classifier_result.h>
 #include <vxclassifier/classifier_tool.h>
+#include <vxclassifier/decision_tree_leaf.h>
 #include <vxclassifier/platform/diag_object.h>
 
 #include "tests/support/archives.h"
@@ -235,8 +236,16 @@ TEST_F(ClassifierTool, CanBeTrainedWithItsOwnParameters) {
 
 TEST_F(ClassifierTool, CanBeRetrainedWithItsOwnParameters) {
     train(3);
-    tool.retrain(heldParams());
+    const vxClassifierTrainParams& own = heldParams();
+    bool aliveInTheTrial = false;
+    log.observer = [&](const test::HookCall& call) {
+        if (call.hook == "checkRunnable_") {
+            aliveInTheTrial = log.alive.count(&own) != 0;
+        }
+    };
+    tool.retrain(own);
     EXPECT_TRUE(log.only("retrain_").paramsAlive);
+    EXPECT_TRUE(aliveInTheTrial) << "they say whether there is a trial";
     EXPECT_TRUE(tool.isTrained());
 }
 
@@ -365,6 +374,33 @@ TEST_F(ClassifierTool, ComparesWhatWasLearnt) {
     other.untrain();
     EXPECT_TRUE(tool == other);
     EXPECT_TRUE(tool == vxClassifierTool()) << "an untrained and an empty one";
+}
+
+TEST_F(ClassifierTool, AsksItsOwnClassifierAboutTheOther) {
+    train(1);
+    vxClassifierTool other;
+    other.train(provider, FakeParams(&log, 1));
+    log.clear();
+    EXPECT_TRUE(tool == other);
+    EXPECT_EQ(log.only("isEqual_").params, other.trainParams().get());
+}
+
+TEST_F(ClassifierTool, UntrainsAndReleasesTheOldClassifierBeforeItTakesATreeOver) {
+    /// Sees how many fakes are left when it is cloned.
+    struct Watching : vxDecisionTreeLeaf {
+        explicit Watching(const HookLog& seenLog) : vxDecisionTreeLeaf(vxClassifierResult()), log(seenLog) {}
+        vxPtrHandle<vxDecisionTree> clone() const override {
+            aliveAtClone = log.alive.size();
+            return vxDecisionTreeLeaf::clone();
+        }
+        const HookLog& log;
+        mutable std::size_t aliveAtClone = 99;
+    };
+    train();
+    const Watching tree(log);
+    tool.train(tree);
+    EXPECT_EQ(log.hooks(), Hooks{"untrain_"});
+    EXPECT_EQ(tree.aliveAtClone, 0U);
 }
 
 TEST_F(ClassifierTool, GivesItsParametersButHasNoTree) {
