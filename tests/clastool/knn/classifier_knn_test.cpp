@@ -8,6 +8,8 @@
 
 #include <limits>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -28,16 +30,24 @@ constexpr const wchar_t* noData = L"No valid data was provided for training.";
 /// A provider whose answers a test sets one by one.
 class ScriptedProvider : public vxClassifierDataProvider {
 public:
-    std::wstring name() const override { return L"a name"; }
+    std::wstring name() const override {
+        operations.emplace_back("name");
+        return L"a name";
+    }
     std::wstring description() const override {
+        operations.emplace_back("description");
         if (failInDescription) {
             throw std::runtime_error("no description");
         }
         return L"a description";
     }
     long numMeasurements() const override { return 1; }
-    long numPatterns() const override { return announced; }
+    long numPatterns() const override {
+        operations.emplace_back("numPatterns");
+        return announced;
+    }
     test::PatternHandle featurePattern(long index) const override {
+        operations.emplace_back("featurePattern");
         asked.push_back(index);
         return patterns.at(static_cast<std::size_t>(index));
     }
@@ -56,6 +66,7 @@ public:
     std::vector<long> patternLabels;
     long announced = 0;
     bool failInDescription = false;
+    mutable std::vector<std::string> operations;
     mutable std::vector<long> asked;
     mutable std::vector<long> askedLabels;
 };
@@ -157,6 +168,14 @@ TEST(ClassifierKNN, AsksForPatternAndThenLabelInAscendingOrder) {
     EXPECT_ERROR(classifier.train_(data, Params(1)), vxClassifierDefs::BadFeatures, unsuitable);
     EXPECT_EQ(data.asked, (std::vector<long>{0, 1, 2}));
     EXPECT_EQ(data.askedLabels, (std::vector<long>{0, 1})) << "the label is not asked for before the test";
+}
+
+TEST(ClassifierKNN, AsksForNameThenDescriptionBeforeThePatterns) {
+    ScriptedProvider data;
+    data.add(pattern({0.0}), 0);
+    trained(data, Params(1));
+    EXPECT_EQ(data.operations,
+              (std::vector<std::string>{"name", "description", "numPatterns", "featurePattern"}));
 }
 
 TEST(ClassifierKNN, AcceptsDataWithoutAnyKnownPatternButCannotRun) {

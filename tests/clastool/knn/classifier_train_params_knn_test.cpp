@@ -236,6 +236,9 @@ TEST(ClassifierTrainParamsKNN, ThrowWhereANullMetricIsToBeCompared) {
     EXPECT_ERROR_CLASS(static_cast<void>(Params(4) == null), vxBadPointer);
     EXPECT_ERROR_CLASS(static_cast<void>(null == null), vxBadPointer);
     EXPECT_FALSE(null == Params(5)) << "K settles it";
+    const Params otherCosts(4, Norm(2.0), vxClassifierCosts(3.0));
+    EXPECT_ERROR_CLASS(static_cast<void>(null == otherCosts), vxBadPointer);
+    EXPECT_ERROR_CLASS(static_cast<void>(otherCosts == null), vxBadPointer);
 }
 
 TEST(ClassifierTrainParamsKNN, BelongToTheTechniqueWhateverTheirValues) {
