@@ -55,6 +55,15 @@ TEST(DecisionTreeLeaf, IsEqualToALeafWithAnEqualResult) {
     EXPECT_FALSE(leaf.isEqual(vxDecisionTreeLeaf(resultOf({3, 1}, 0.25))));
 }
 
+TEST(DecisionTreeLeaf, IsEqualToADerivedLeafWithAnEqualResult) {
+    struct Derived : vxDecisionTreeLeaf {
+        using vxDecisionTreeLeaf::vxDecisionTreeLeaf;
+    };
+    const Derived derived(resultOf({3, 1}));
+    EXPECT_TRUE(vxDecisionTreeLeaf(resultOf({3, 1})).isEqual(derived));
+    EXPECT_TRUE(derived.isEqual(vxDecisionTreeLeaf(resultOf({3, 1}))));
+}
+
 TEST(DecisionTreeLeaf, IsNotEqualToANode) {
     EXPECT_FALSE(vxDecisionTreeLeaf(vxClassifierResult()).isEqual(vxDecisionTreeNode()));
 }

@@ -252,6 +252,19 @@ TEST(DecisionTreeNode, TheOverridesOfADerivedNodeAreCalled) {
     EXPECT_TRUE(LikesEverything() == plain);
 }
 
+TEST(DecisionTreeNode, ComparingAsksItsOwnPredicate) {
+    struct LikesEveryPredicate : vxValidityPredicate {
+        vxPtrHandle<vxPredicateFunction> clone() const override {
+            return vxPtrHandle<vxPredicateFunction>(new LikesEveryPredicate(*this));
+        }
+        bool isEqual(const vxPredicateFunction&) const override { return true; }
+    };
+    const vxDecisionTreeNode likes(LikesEveryPredicate(), *leaf({1}), *leaf({2}));
+    const vxDecisionTreeNode plain(vxComparisonPredicate(0, 1), *leaf({1}), *leaf({2}));
+    EXPECT_TRUE(likes == plain);
+    EXPECT_FALSE(plain == likes);
+}
+
 TEST(DecisionTreeNode, AnExactNodeTakesADerivedOneForANode) {
     const vxDecisionTreeNode below = nodeOver(1, 2);
     const LikesEverything derived(vxValidityPredicate(), *leaf({1}), *leaf({2}));

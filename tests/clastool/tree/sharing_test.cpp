@@ -110,6 +110,31 @@ TEST(Sharing, CallersClassesAreComparedOncePerPair) {
     EXPECT_TRUE(doubled(leaf({1}), levels, own)->isEqual(*doubled(leaf({1}), levels, own)));
 }
 
+/// Equal to any whose value is at most 1 away: so 0 equals 1 and 1 equals 2, but 0 does not equal 2.
+struct Tolerant : vxValidityPredicate {
+    explicit Tolerant(long number) : value(number) {}
+    vxPtrHandle<vxPredicateFunction> clone() const override { return Predicate(new Tolerant(*this)); }
+    bool isEqual(const vxPredicateFunction& other) const override {
+        const auto* tolerant = dynamic_cast<const Tolerant*>(&other);
+        return tolerant != nullptr && value - tolerant->value <= 1 && tolerant->value - value <= 1;
+    }
+    long value;
+};
+
+TEST(Sharing, WhatACallersPredicateFindsEqualIsNotPassedOn) {
+    const auto nodeOf = [](long value) {
+        return test::node(Predicate(new Tolerant(value)), leaf({1}), leaf({2}));
+    };
+    const Tree zero = nodeOf(0);
+    const Tree one = nodeOf(1);
+    const Tree two = nodeOf(2);
+    // These meet in turn: 0 and 1, 2 and 1, and in the end 0 and 2.
+    const Tree left = test::node(always(), test::node(always(), zero, two), zero);
+    const Tree right = test::node(always(), test::node(always(), one, one), two);
+    EXPECT_FALSE(left->isEqual(*right));
+    EXPECT_FALSE(right->isEqual(*left));
+}
+
 /// A full binary tree above these trees, whose number is a power of two.
 Tree fanned(std::vector<Tree> trees) {
     while (trees.size() > 1) {
