@@ -53,6 +53,27 @@ TEST(ClassRegistry, TheFirstRegistrationOfANameWins) {
     EXPECT_EQ(detail::findClass(name), nullptr);
 }
 
+const std::type_info& oneOfTwoNamesakes(bool second) {
+    if (second) {
+        class Namesake : public vxPersistent {};
+        return typeid(Namesake);
+    }
+    class Namesake : public vxPersistent {};
+    return typeid(Namesake);
+}
+
+TEST(ClassRegistry, ANamesakeOfARegisteredClassIsNotRegistered) {
+    const std::type_info& first = oneOfTwoNamesakes(false);
+    const std::type_info& second = oneOfTwoNamesakes(true);
+    ASSERT_NE(first, second);
+    ASSERT_EQ(detail::archivedClassName(first), detail::archivedClassName(second));
+    const vx_Instantiator registration(first, &makeRegistered);
+    EXPECT_TRUE(detail::isRegisteredClass(first));
+    EXPECT_FALSE(detail::isRegisteredClass(second)) << "it would come back as the other class";
+    const vx_Instantiator tooLate(second, &makeAnother);
+    EXPECT_FALSE(detail::isRegisteredClass(second));
+}
+
 TEST(ClassRegistry, AClassHasTheNameThatIsWrittenInTheSource) {
     EXPECT_EQ(detail::archivedClassName(typeid(Registered)), name);
     EXPECT_EQ(detail::archivedClassName(typeid(vxPersistent)), "vxPersistent");

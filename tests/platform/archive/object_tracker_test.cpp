@@ -129,6 +129,25 @@ TEST(ObjectTracker, AnObjectThatChangesIsStoredAnew) {
     EXPECT_EQ(valueOf(second.get()), 2);
 }
 
+TEST(ObjectTracker, EveryArchiveLearnsOfAChange) {
+    Note note(1);
+    vxStoringArchive first;
+    vxStoringArchive second;
+    exchangePointer(first, &note);
+    exchangePointer(second, &note);
+    note = Note(2);
+    EXPECT_FALSE(note.isTracked_());
+    for (vxStoringArchive* archive : {&first, &second}) {
+        exchangePointer(*archive, &note);
+        archive->finish();
+        vxLoadingArchive loading(archive->bytes());
+        const std::unique_ptr<vxPersistent> before(exchangePointer(loading));
+        const std::unique_ptr<vxPersistent> after(exchangePointer(loading));
+        EXPECT_EQ(valueOf(before.get()), 1);
+        EXPECT_EQ(valueOf(after.get()), 2);
+    }
+}
+
 TEST(ObjectTracker, ACountedObjectThatChangesIsStoredAnew) {
     vxPtrHandle<Node> node(new Node(1));
     const Bytes bytes = test::archiveOf([&](vxArchive& archive) {

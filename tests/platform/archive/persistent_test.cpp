@@ -135,6 +135,28 @@ TEST(Persistent, MarksLiveAsLongAsOneRecord) {
     EXPECT_EQ(payload(object.innerBytes), both.bytes()) << "the other archive has marks of its own";
 }
 
+/// Stores an object by value between its own two bases, which have one root.
+class Embedding : public Left, public Right {
+public:
+    test::Note note;
+
+protected:
+    void dispatchSerialize(vxArchive& archive) override {
+        exchangeLevel(*this, archive, [&] {
+            Left::dispatchSerialize(archive);
+            archive || note;
+            Right::dispatchSerialize(archive);
+        });
+    }
+};
+
+TEST(Persistent, MarksOutliveAnEmbeddedObject) {
+    // Embedding, Left, vxPersistent, its number; the note; Right, its number, and no second root
+    const Payload note = Payload().byte(0).u32(0);
+    const Payload expected = Payload().byte(0).byte(0).byte(0).u32(0).append(note.bytes()).byte(0).u32(0);
+    EXPECT_EQ(payload(stored(Embedding())), expected.bytes());
+}
+
 TEST(Persistent, OneVariableStoredTwiceIsStoredTwice) {
     Bytes twice = test::archiveOf([](vxArchive& archive) {
         for (const long value : {1, 2}) {
@@ -156,6 +178,15 @@ TEST(Persistent, ThereMayBeAnyNumberOfMarks) {
     ManyLevels object;
     stored(object);
     EXPECT_EQ(object.found, 2000) << "each size was unknown before it was marked, and known afterwards";
+}
+
+TEST(Persistent, ALoadedPointerReplacesWhateverItIsLoadedInto) {
+    Both unrelated;
+    vxPersistent* out = &unrelated;
+    const Bytes bytes = test::storedPointer(nullptr);
+    vxLoadingArchive archive(bytes);
+    vxPersistent::serializePointer(archive, &unrelated, out);
+    EXPECT_EQ(out, nullptr);
 }
 
 TEST(Persistent, OutsideOfAnyPassNothingIsVisited) {

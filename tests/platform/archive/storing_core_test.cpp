@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <new>
 
 namespace {
@@ -48,6 +49,26 @@ private:
 };
 const vx_Instantiator Fleeting::sExemplar(typeid(Fleeting), &Fleeting::make);
 
+/// Does something in the middle of its record, in either direction.
+class Busy : public vxPersistent, public vxRepBase {
+public:
+    static vxPersistent* make() { return new Busy; }
+    static std::function<void()> inTheMiddle;
+
+protected:
+    void dispatchSerialize(vxArchive& archive) override {
+        vxPersistent::dispatchSerialize(archive);
+        if (inTheMiddle) {
+            inTheMiddle();
+        }
+    }
+
+private:
+    static const vx_Instantiator sExemplar;
+};
+std::function<void()> Busy::inTheMiddle;
+const vx_Instantiator Busy::sExemplar(typeid(Busy), &Busy::make);
+
 /// Refers to an object on the stack that is gone before the archive can follow the reference.
 class Careless : public vxPersistent, public vxRepBase {
 public:
@@ -72,6 +93,22 @@ private:
     static const vx_Instantiator sExemplar;
 };
 const vx_Instantiator Careless::sExemplar(typeid(Careless), &Careless::make);
+
+TEST(StoringCore, CannotBeFinishedInTheMiddleOfAnObject) {
+    constexpr wchar_t message[] = L"An archive cannot be finished from within an object.";
+    vxPtrHandle<Busy> object(new Busy);
+    const Bytes bytes = stored(object);
+
+    vxStoringArchive storing;
+    Busy::inTheMiddle = [&] { storing.finish(); };
+    EXPECT_ERROR(storing || object, vxArchive::Misuse, message);
+    EXPECT_TRUE(storing.bytes().empty());
+
+    vxLoadingArchive loading(bytes);
+    Busy::inTheMiddle = [&] { loading.finish(); };
+    EXPECT_ERROR(loading || object, vxArchive::Misuse, message);
+    Busy::inTheMiddle = nullptr;
+}
 
 TEST(StoringCore, WritesWhatAnObjectRefersToBeforeTheObject) {
     NodeHandle top(new Node(1));
