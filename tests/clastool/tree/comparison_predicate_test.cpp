@@ -95,6 +95,14 @@ TEST(ComparisonPredicate, TheOrderOfTheIndicesMatters) {
     EXPECT_FALSE(vxComparisonPredicate(0, 1).isEqual(vxValidityPredicate(std::vector<long>{0, 1})));
 }
 
+TEST(ComparisonPredicate, IsEqualToADerivedOneWithTheSameIndices) {
+    struct Derived : vxComparisonPredicate {
+        using vxComparisonPredicate::vxComparisonPredicate;
+    };
+    EXPECT_TRUE(vxComparisonPredicate(2, 1).isEqual(Derived(2, 1)));
+    EXPECT_TRUE(Derived(2, 1).isEqual(vxComparisonPredicate(2, 1)));
+}
+
 TEST(ComparisonPredicate, TheOperatorsAreIsEqualAndItsOpposite) {
     const vxComparisonPredicate predicate(0, 1);
     EXPECT_TRUE(predicate == vxComparisonPredicate(0, 1));

@@ -73,6 +73,12 @@ TEST(ValidityPredicate, IsEqualToOneWithTheSameIndices) {
     EXPECT_FALSE(predicate.isEqual(vxComparisonPredicate(0, 1)));
 }
 
+TEST(ValidityPredicate, IsEqualToADerivedOneWithTheSameIndices) {
+    struct Derived : vxValidityPredicate {};
+    EXPECT_TRUE(vxValidityPredicate().isEqual(Derived()));
+    EXPECT_TRUE(Derived().isEqual(vxValidityPredicate()));
+}
+
 TEST(ValidityPredicate, TheOperatorsAreIsEqualAndItsOpposite) {
     const vxValidityPredicate predicate(Indices{1});
     EXPECT_TRUE(predicate == vxValidityPredicate(Indices{1}));
