@@ -81,6 +81,14 @@ TEST(ClassifierKNNArchive, LeavesTheWorkingParametersOfTheLoadingObjectAlone) {
     EXPECT_EQ(labels(run(loaded, {1.0})), (Labels{0, 1}));
 }
 
+TEST(ClassifierKNNArchive, LeavesTheWorkingParametersOfAnUntrainedObjectAlone) {
+    const test::Bytes bytes = test::stored(trained(line({1.0, 2.0, 3.0}), Params(1)));
+    vx_ClassifierKNN into = trained(line({5.0}), Params(3));
+    into.untrain();
+    test::load(bytes, into);
+    EXPECT_EQ(run(into, {1.0}).categoryResults().size(), 3U) << "untraining gives up the data only";
+}
+
 TEST(ClassifierKNNArchive, BringsAStoreThatCanLearnMore) {
     vx_ClassifierKNN loaded;
     test::load(test::stored(trained(line({0.0}), Params(1))), loaded);

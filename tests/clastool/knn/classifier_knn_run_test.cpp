@@ -212,4 +212,28 @@ TEST(ClassifierKNNRun, CanBeInterruptedAtEveryPoll) {
     }
 }
 
+TEST(ClassifierKNNRun, WeighsTheCategoriesByFrequenciesOfExactlyOne) {
+    // Any other common frequency rounds differently for some of these numbers of votes.
+    for (long votes = 1; votes < 40; ++votes) {
+        vxClassifierDataProviderMemory data;
+        const long k = 41;
+        for (long i = 0; i < k; ++i) {
+            data.addData(pattern({static_cast<double>(i)}), i < votes ? 0 : i % 3);
+        }
+        std::vector<double> counts(3, 0.0);
+        for (long i = 0; i < k; ++i) {
+            ++counts[static_cast<std::size_t>(data.categoryLabel(i))];
+        }
+        std::vector<vxClassifierCategoryResult> matches;
+        for (long label = 0; label < 3; ++label) {
+            const double count = counts[static_cast<std::size_t>(label)];
+            if (count > 0.0) {
+                matches.emplace_back(label, count / static_cast<double>(k), 0.0, 0.0);
+            }
+        }
+        const vxClassifierResult expected(matches, vxClassifierFrequencies(1.0), vxClassifierCosts(1.0), 0.0);
+        EXPECT_EQ(run(trained(data, Params(k)), {0.0}), expected) << votes;
+    }
+}
+
 } // namespace
