@@ -15,7 +15,7 @@ bool isLeftOut(double score) {
 
 } // namespace
 
-void vxClassifierRule::init(const std::vector<vxPtrHandle<vxClsFtSc>>& scoringMethods, long label) {
+void vxClassifierRule::init(std::vector<vxPtrHandle<vxClsFtSc>>& scoringMethods, long label) {
     if (label < 0) {
         throw vxClassifierDefs::BadParams(L"label < 0");
     }

@@ -25,8 +25,8 @@ public:
 
     /// Takes one function for each feature, in the order of the features, and the label. Throws
     /// vxClassifierDefs::BadParams, and changes nothing, when the label is negative or when there is no
-    /// function. Null handles are taken as they are; `score` then throws.
-    void init(const std::vector<vxPtrHandle<vxClsFtSc>>& scoringMethods, long label);
+    /// function. Null handles are taken as they are; `score` then throws. The vector itself is only read.
+    void init(std::vector<vxPtrHandle<vxClsFtSc>>& scoringMethods, long label);
 
     const std::vector<vxPtrHandle<vxClsFtSc>>& scoringMethods() const noexcept { return scoringMethods_; }
     long label() const noexcept { return label_; }

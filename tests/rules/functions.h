@@ -56,7 +56,7 @@ inline Function constant(double score) {
     return Function(new ConstantScore(score));
 }
 
-inline vxClassifierRule rule(const std::vector<Function>& functions, long label) {
+inline vxClassifierRule rule(std::vector<Function> functions, long label) {
     vxClassifierRule made;
     made.init(functions, label);
     return made;

@@ -10,6 +10,7 @@
 
 #include <cmath>
 #include <limits>
+#include <type_traits>
 #include <vector>
 
 using test::constant;
@@ -48,7 +49,9 @@ TEST(Rule, BeginsWithoutFunctionsAndWithLabelZero) {
 TEST(Rule, InitStoresTheFunctionsInOrderAndTheLabel) {
     std::vector<Function> functions = {constant(0.25), test::ignore(), constant(0.5)};
     vxClassifierRule rule;
+    const std::vector<Function> before = functions;
     rule.init(functions, 7);
+    EXPECT_EQ(functions, before);
     EXPECT_EQ(rule.scoringMethods(), functions);
     EXPECT_EQ(rule.label(), 7);
     functions.clear();
@@ -57,25 +60,26 @@ TEST(Rule, InitStoresTheFunctionsInOrderAndTheLabel) {
 
 TEST(Rule, InitReplacesWhatWasThere) {
     vxClassifierRule rule = ruleScoring({0.25, 0.5}, 3);
-    rule.init({constant(0.75)}, 0);
+    std::vector<Function> one = {constant(0.75)};
+    rule.init(one, 0);
     EXPECT_EQ(rule.scoringMethods().size(), 1U);
     EXPECT_EQ(rule.label(), 0);
 }
 
 TEST(Rule, InitRefusesANegativeLabelFirstAndNoFunctionsSecond) {
     vxClassifierRule rule = ruleScoring({0.25, 0.5}, 3);
-    EXPECT_ERROR(rule.init({}, -1), BadParams, L"label < 0");
-    EXPECT_ERROR(rule.init({constant(1)}, -1), BadParams, L"label < 0");
-    EXPECT_ERROR(rule.init({}, 0), BadParams, L"scoringMethods.size() == 0");
+    std::vector<Function> none;
+    std::vector<Function> one = {constant(1)};
+    EXPECT_ERROR(rule.init(none, -1), BadParams, L"label < 0");
+    EXPECT_ERROR(rule.init(one, -1), BadParams, L"label < 0");
+    EXPECT_ERROR(rule.init(none, 0), BadParams, L"scoringMethods.size() == 0");
     EXPECT_EQ(rule.scoringMethods().size(), 2U);
     EXPECT_EQ(rule.label(), 3);
 }
 
-TEST(Rule, InitCanTakeARulesOwnFunctions) {
-    vxClassifierRule rule = ruleScoring({0.25, 0.5}, 3);
-    rule.init(rule.scoringMethods(), 5);
-    EXPECT_EQ(rule.scoringMethods().size(), 2U);
-    EXPECT_EQ(rule.label(), 5);
+TEST(Rule, InitHasThePublishedSignature) {
+    using Init = void (vxClassifierRule::*)(std::vector<vxPtrHandle<vxClsFtSc>>&, long);
+    static_assert(std::is_same_v<decltype(&vxClassifierRule::init), Init>);
 }
 
 TEST(Rule, CopiesShareTheFunctions) {
