@@ -22,18 +22,25 @@ vxPtrHandle_const<vxFeaturePattern> drawPattern(const std::vector<vxPair<double>
 vx_ClassDataGenerator::vx_ClassDataGenerator(const std::vector<vxPair<double>>& measurements, long count)
     : measurements_(measurements), count_(count) {}
 vx_ClassDataGenerator::vx_ClassDataGenerator(const vx_ClassDataGenerator&) = default;
-vx_ClassDataGenerator& vx_ClassDataGenerator::operator=(const vx_ClassDataGenerator&) = default;
 vx_ClassDataGenerator::~vx_ClassDataGenerator() = default;
 
+vx_ClassDataGenerator& vx_ClassDataGenerator::operator=(const vx_ClassDataGenerator& other) {
+    std::vector<vxPair<double>> measurements = other.measurements_;
+    data_ = other.data_; // all or nothing, and the last that can throw
+    measurements_.swap(measurements);
+    count_ = other.count_;
+    return *this;
+}
+
 vxClassifierDataProviderMemory vx_ClassDataGenerator::generateData() {
-    if (data_.numMeasurements() != 0 || count_ < 1) {
-        return data_;
-    }
-    vxRandomGaussian random(seed);
+    // Returned on every way, so it is made in the caller's place: keeping the data is the last that can fail.
     vxClassifierDataProviderMemory data(data_);
-    for (long i = 0; i < count_; ++i) {
-        data.addData(drawPattern(measurements_, random), generatedLabel);
+    if (data_.numMeasurements() == 0 && count_ >= 1) {
+        vxRandomGaussian random(seed);
+        for (long i = 0; i < count_; ++i) {
+            data.addData(drawPattern(measurements_, random), generatedLabel);
+        }
+        data_ = data;
     }
-    data_ = data;
     return data;
 }

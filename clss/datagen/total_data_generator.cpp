@@ -54,20 +54,26 @@ std::vector<long> shuffledOrder(long size) {
 vx_TotalDataGenerator::vx_TotalDataGenerator(const std::vector<vx_ClassDataGenerator>& generators)
     : generators_(generators) {}
 vx_TotalDataGenerator::vx_TotalDataGenerator(const vx_TotalDataGenerator&) = default;
-vx_TotalDataGenerator& vx_TotalDataGenerator::operator=(const vx_TotalDataGenerator&) = default;
 vx_TotalDataGenerator::~vx_TotalDataGenerator() = default;
 
+vx_TotalDataGenerator& vx_TotalDataGenerator::operator=(const vx_TotalDataGenerator& other) {
+    std::vector<vx_ClassDataGenerator> generators = other.generators_;
+    data_ = other.data_; // all or nothing, and the last that can throw
+    generators_.swap(generators);
+    return *this;
+}
+
 vxClassifierDataProviderMemory vx_TotalDataGenerator::generateData() {
-    if (data_.numMeasurements() != 0) {
-        return data_;
-    }
-    std::vector<vx_ClassDataGenerator> generators(generators_);
-    const vxClassifierDataProviderMemory collected = collect(generators);
+    // Returned on every way, so it is made in the caller's place: keeping the data is the last that can fail.
     vxClassifierDataProviderMemory data(data_);
-    for (const long k : shuffledOrder(collected.numMeasurements())) {
-        data.addData(collected.featurePattern(k), collected.categoryLabel(k));
+    if (data_.numMeasurements() == 0) {
+        std::vector<vx_ClassDataGenerator> generators(generators_);
+        const vxClassifierDataProviderMemory collected = collect(generators);
+        for (const long k : shuffledOrder(collected.numMeasurements())) {
+            data.addData(collected.featurePattern(k), collected.categoryLabel(k));
+        }
+        data_ = data;
+        generators_.swap(generators); // those that have drawn
     }
-    data_ = data;
-    generators_.swap(generators); // those that have drawn; nothing can fail any more
     return data;
 }

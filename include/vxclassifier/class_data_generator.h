@@ -24,6 +24,7 @@ public:
     /// patterns. Nothing is checked: a count below 1 gives no patterns.
     vx_ClassDataGenerator(const std::vector<vxPair<double>>& measurements, long count);
     vx_ClassDataGenerator(const vx_ClassDataGenerator& other);
+    /// If this throws for want of memory, nothing has changed.
     vx_ClassDataGenerator& operator=(const vx_ClassDataGenerator& other);
     ~vx_ClassDataGenerator();
 

@@ -24,6 +24,7 @@ public:
     /// The place of a class generator in the vector is its category label.
     explicit vx_TotalDataGenerator(const std::vector<vx_ClassDataGenerator>& generators);
     vx_TotalDataGenerator(const vx_TotalDataGenerator& other);
+    /// If this throws for want of memory, nothing has changed.
     vx_TotalDataGenerator& operator=(const vx_TotalDataGenerator& other);
     ~vx_TotalDataGenerator();
 
