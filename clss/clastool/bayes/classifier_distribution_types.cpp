@@ -213,7 +213,10 @@ bool vxClassifierDistributionTypes::operator==(const vxClassifierDistributionTyp
 vxArchive& operator||(vxArchive& archive, vxClassifierDistributionTypes::DistributionType& type) {
     long number = type;
     archive || number;
-    type = static_cast<vxClassifierDistributionTypes::DistributionType>(number);
+    // What is stored is only read: several threads may store the same parameters.
+    if (archive.isLoading()) {
+        type = static_cast<vxClassifierDistributionTypes::DistributionType>(number);
+    }
     return archive;
 }
 

@@ -305,6 +305,13 @@ TEST(ClassifierDistributionTypes, ATypeIsArchivedAsA32BitNumber) {
     EXPECT_EQ(loaded, -2147483647 - 1);
 }
 
+/// Lies in memory that ends the program when it is written to.
+const Types::DistributionType readOnly = Types::eUniform;
+
+TEST(ClassifierDistributionTypes, StoringATypeOnlyReadsIt) {
+    EXPECT_EQ(test::stored(readOnly), test::recordOf([](Record& record) { record.number(3); }));
+}
+
 TEST(ClassifierDistributionTypes, ARoundTripGivesAnEqualObject) {
     const Table table{77, {1, 2}, {3, 4}, {-5, 1}, {6, 0}, {{7, 8}, {}}};
     EXPECT_EQ(test::stored(table.types()), table.bytes());
