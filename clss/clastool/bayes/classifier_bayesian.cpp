@@ -197,12 +197,14 @@ void vx_ClassifierBayesian::checkRunnable_() const {
         throw vxClassifierDefs::InsufficientTrainData(L"No valid data was provided for training.");
     }
     // The trial pattern has as many zeros as the first model has measurements, but those that no model looks
-    // at can be left out.
+    // at can be left out. A model that cannot be asked is met by the run, in its turn.
     std::int64_t used = 0;
     for (const vxPtrHandle<vx_CategoryModel>& model : categoryModels_) {
-        used = std::max(used, bayesian(model).numUsed());
+        if (const auto* own = dynamic_cast<const vx_CategoryModelBayesian*>(model.get())) {
+            used = std::max(used, own->numUsed());
+        }
     }
-    const std::int64_t covered = bayesian(categoryModels_.front()).numMeasurements();
+    const std::int64_t covered = categoryModels_.front()->numMeasurements();
     const std::int64_t numZeros = std::max(std::int64_t{0}, std::min(used, covered));
     vxClassifierResult discarded;
     run_(vxFeaturePattern(std::vector<double>(static_cast<std::size_t>(numZeros), 0.0), {}), discarded);

@@ -358,6 +358,14 @@ TEST(HostileClassifier, AModelThatIsMissingOrForeignIsABadPointer) {
     }
 }
 
+TEST(HostileClassifier, TheTrialRunMeetsAMissingModelInItsTurn) {
+    const vxPtrHandle<vx_PDFMultivariateNormal> untrained(new vx_PDFMultivariateNormal);
+    const OpenBayesian classifier =
+        classifierOf({1}, {modelOf(1, 1, {{0}}, {untrained.get()}), {}}, someParams().get());
+    EXPECT_ERROR(classifier.checkRunnable_(), InsufficientTrainData,
+                 std::wstring(noData) + L" for category 1");
+}
+
 TEST(HostileClassifier, ParametersOfAnotherTechniqueAreABadPointer) {
     const vxPtrHandle<vxClassifierTrainParams> foreign(new test::FakeParams);
     OpenBayesian classifier = classifierOf({1}, {modelOf(1, 0, {}, {})}, foreign.get());
