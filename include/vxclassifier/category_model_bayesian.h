@@ -32,6 +32,7 @@ public:
                              const std::vector<vxClassifierDistributionTypes::DistributionType>& types,
                              const vxFeaturePattern& maxMeasurementValues);
     vx_CategoryModelBayesian(const vx_CategoryModelBayesian& other);
+    /// If this throws for want of memory, nothing has changed.
     vx_CategoryModelBayesian& operator=(const vx_CategoryModelBayesian& other);
     ~vx_CategoryModelBayesian() override;
 

@@ -35,6 +35,12 @@ public:
     };
 
     explicit vxClassifierDistributionTypes(DistributionType defaultType) noexcept;
+    vxClassifierDistributionTypes(const vxClassifierDistributionTypes&) = default;
+    vxClassifierDistributionTypes(vxClassifierDistributionTypes&&) noexcept = default;
+    /// If this throws for want of memory, nothing has changed.
+    vxClassifierDistributionTypes& operator=(const vxClassifierDistributionTypes& other);
+    vxClassifierDistributionTypes& operator=(vxClassifierDistributionTypes&&) noexcept = default;
+    ~vxClassifierDistributionTypes() = default;
 
     DistributionType defaultDistributionType() const noexcept { return defaultDistributionType_; }
 

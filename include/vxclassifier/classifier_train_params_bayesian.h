@@ -36,6 +36,7 @@ public:
                                     const vxClassifierCosts& misclassificationCosts,
                                     const vxFeaturePattern& maxMeasurementValues);
     vxClassifierTrainParamsBayesian(const vxClassifierTrainParamsBayesian& other);
+    /// If this throws for want of memory, nothing has changed; nor does a setter that throws change anything.
     vxClassifierTrainParamsBayesian& operator=(const vxClassifierTrainParamsBayesian& other);
     ~vxClassifierTrainParamsBayesian() override;
 

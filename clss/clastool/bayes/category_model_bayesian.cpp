@@ -64,8 +64,17 @@ vx_CategoryModelBayesian::vx_CategoryModelBayesian(long label,
 }
 
 vx_CategoryModelBayesian::vx_CategoryModelBayesian(const vx_CategoryModelBayesian&) = default;
-vx_CategoryModelBayesian& vx_CategoryModelBayesian::operator=(const vx_CategoryModelBayesian&) = default;
 vx_CategoryModelBayesian::~vx_CategoryModelBayesian() = default;
+
+vx_CategoryModelBayesian& vx_CategoryModelBayesian::operator=(const vx_CategoryModelBayesian& other) {
+    std::vector<std::vector<long>> sets = other.dependencySets_;
+    std::vector<PdfHandle> pdfs = other.pdfs_;
+    // Nothing throws from here on.
+    vx_CategoryModel::operator=(other);
+    dependencySets_.swap(sets);
+    pdfs_.swap(pdfs);
+    return *this;
+}
 
 vxPersistent* vx_CategoryModelBayesian::make() {
     return new vx_CategoryModelBayesian;

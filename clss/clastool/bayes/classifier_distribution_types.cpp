@@ -49,6 +49,11 @@ std::vector<long> withoutRepeats(const std::vector<long>& indices) {
 vxClassifierDistributionTypes::vxClassifierDistributionTypes(DistributionType defaultType) noexcept
     : defaultDistributionType_(defaultType) {}
 
+vxClassifierDistributionTypes&
+vxClassifierDistributionTypes::operator=(const vxClassifierDistributionTypes& other) {
+    return *this = vxClassifierDistributionTypes(other);
+}
+
 std::size_t vxClassifierDistributionTypes::overrideRows() const noexcept {
     return std::min({overrideLabels_.size(), overrideIndices_.size(), overrideTypes_.size()});
 }

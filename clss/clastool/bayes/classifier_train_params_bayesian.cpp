@@ -4,6 +4,8 @@
 
 #include <vxclassifier/classifier_bayesian.h>
 
+#include <utility>
+
 vx_Instantiator vxClassifierTrainParamsBayesian::sExemplar(typeid(vxClassifierTrainParamsBayesian),
                                                            &vxClassifierTrainParamsBayesian::make);
 
@@ -16,8 +18,21 @@ vxClassifierTrainParamsBayesian::vxClassifierTrainParamsBayesian(
 
 vxClassifierTrainParamsBayesian::vxClassifierTrainParamsBayesian(const vxClassifierTrainParamsBayesian&) =
     default;
+
 vxClassifierTrainParamsBayesian&
-vxClassifierTrainParamsBayesian::operator=(const vxClassifierTrainParamsBayesian&) = default;
+vxClassifierTrainParamsBayesian::operator=(const vxClassifierTrainParamsBayesian& other) {
+    vxClassifierDistributionTypes types = other.distributionTypes_;
+    vxClassifierFrequencies frequencies = other.categoryFrequencies_;
+    vxClassifierCosts costs = other.misclassificationCosts_;
+    maxMeasurementValues_ = other.maxMeasurementValues_; // all or nothing
+    // Nothing throws from here on.
+    vxClassifierTrainParams::operator=(other);
+    distributionTypes_ = std::move(types);
+    categoryFrequencies_ = std::move(frequencies);
+    misclassificationCosts_ = std::move(costs);
+    return *this;
+}
+
 vxClassifierTrainParamsBayesian::~vxClassifierTrainParamsBayesian() = default;
 
 vxPersistent* vxClassifierTrainParamsBayesian::make() {

@@ -1,5 +1,6 @@
 #include "tests/clastool/bayes/bayes_fixtures.h"
 #include "tests/support/expect_error.h"
+#include "tests/support/failing_allocation.h"
 #include "tests/support/fake_technique.h"
 #include "tests/support/small_stack.h" // says whether a sanitizer is at work
 
@@ -110,6 +111,36 @@ TEST(HostileDistributionTypes, ANegativeIndexInASetIsRefusedByTraining) {
     OpenBayesian classifier;
     EXPECT_ERROR(classifier.train(dataOf(twoCategories()), paramsOf(typesOf({}, {}, {}, {5}, {{0, -1}}))),
                  vxClassifierDefs::BadIndex, L"Feature measurement indices must be >= 0");
+}
+
+Types dependentTypes() {
+    Types types(Types::eBinomial);
+    types.distributionTypeOverride(1, 2, Types::eUniform);
+    types.setDependent(3, {4, 5});
+    return types;
+}
+
+TEST(HostileDistributionTypes, AnAssignmentForWhichThereIsNoMemoryChangesNothing) {
+    const Types original = dependentTypes();
+    Types assigned = normalTypes();
+    EXPECT_GT(
+        test::failEachAllocation([&] { assigned = original; }, [&] { EXPECT_EQ(assigned, normalTypes()); }),
+        0);
+    EXPECT_EQ(assigned, original);
+}
+
+TEST(HostileParams, AnAssignmentForWhichThereIsNoMemoryChangesNothing) {
+    vxClassifierFrequencies frequencies(2.0);
+    frequencies.categoryFrequencyOverride(1, 3.0);
+    vxClassifierCosts costs(4.0);
+    costs.misclassificationCostOverride(1, 2, 5.0);
+    const vxClassifierTrainParamsBayesian original =
+        paramsOf(dependentTypes(), patternOf({1, 2}, {0}), frequencies, costs);
+    const vxClassifierTrainParamsBayesian before = paramsOf(normalTypes());
+    vxClassifierTrainParamsBayesian assigned = before;
+    EXPECT_GT(test::failEachAllocation([&] { assigned = original; }, [&] { EXPECT_EQ(assigned, before); }),
+              0);
+    EXPECT_EQ(assigned, original);
 }
 
 vx_PDFBinomial binomialOf(long numTrials, double theta, double maximum) {
@@ -297,6 +328,17 @@ TEST(HostileModel, ANegativeIndexIsRefused) {
     const wchar_t* const badIndex = L"Feature measurement indices must be >= 0";
     EXPECT_ERROR(model.matchScore(patternOf({1})), vxClassifierDefs::BadIndex, badIndex);
     EXPECT_ERROR(model.adapt(patternOf({1})), vxClassifierDefs::BadIndex, badIndex);
+}
+
+TEST(HostileModel, AnAssignmentForWhichThereIsNoMemoryChangesNothing) {
+    const std::vector<Types::DistributionType> types(2, Types::eMultivariateNormal);
+    const vx_CategoryModelBayesian original(1, {{0, 1}, {2}}, types, patternOf({}));
+    const Bytes before = test::stored(vx_CategoryModelBayesian());
+    vx_CategoryModelBayesian assigned;
+    EXPECT_GT(test::failEachAllocation([&] { assigned = original; },
+                                       [&] { EXPECT_EQ(test::stored(assigned), before); }),
+              0);
+    EXPECT_EQ(test::stored(assigned), test::stored(original));
 }
 
 #if !defined(TESTS_SUPPORT_SANITIZED)
