@@ -89,6 +89,14 @@ TEST(FeatureScoreOneSided, ANaNAmongTheXValuesIsTreatedAsTheComparisonsSay) {
     EXPECT_TRUE(std::isnan(function.xc()));
 }
 
+TEST(FeatureScoreOneSided, IsRisingUnlessTheXValuesSayOtherwise) {
+    // NaN says nothing: no cut-off above, and no ramp below.
+    EXPECT_EQ(oneSided(0, 1, notANumber, 0.25, 0.75).score(5), 0.75);
+    EXPECT_EQ(oneSided(0, 1, notANumber, 0.25, 0.75).score(-5), 0.25);
+    EXPECT_EQ(oneSided(notANumber, 1, 1, 0.25, 0.75).score(1), 0.75);
+    EXPECT_EQ(oneSided(notANumber, 1, 1, 0.25, 0.75).score(5), 0.0);
+}
+
 TEST(FeatureScoreOneSided, InitRefusesScoresOutsideZeroToOne) {
     OneSided function = oneSided(2, 3, 4, 0.25, 0.75);
     for (const double bad : {1.0000001, after(1.0), -1e-300, -1.0, infinity, -infinity, notANumber}) {

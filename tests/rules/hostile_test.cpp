@@ -2,6 +2,7 @@
 #include "tests/rules/functions.h"
 #include "tests/support/archives.h"
 #include "tests/support/expect_error.h"
+#include "tests/support/failing_allocation.h"
 
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/platform/archive.h>
@@ -199,4 +200,22 @@ TEST(HostileRules, AThresholdOfNaNIsRefused) {
                  L"hardThreshold < 0 || hardThreshold > 1");
     EXPECT_ERROR(vxClassifierRuleTable().classifyHardThreshold(Values{}, notANumber), BadParams,
                  L"hardThreshold < 0 || hardThreshold > 1");
+}
+
+TEST(HostileRules, AssigningAndTrainingATableWithoutMemoryChangesNothing) {
+    const vxClassifierRuleTable original = sampleTable();
+    const vxClassifierRuleTable before = [] {
+        vxClassifierRuleTable table;
+        const Function ignored = test::ignore();
+        table.train({test::rule({ignored}, 1), test::rule({ignored}, 2), test::rule({ignored}, 3)});
+        return table;
+    }();
+    // Room for more rules than come, so that they could be assigned one by one.
+    vxClassifierRuleTable assigned = before;
+    const auto expectUnchanged = [&] { EXPECT_EQ(assigned, before); };
+    EXPECT_GT(test::failEachAllocation([&] { assigned = original; }, expectUnchanged), 0);
+    EXPECT_EQ(assigned, original);
+    assigned = before;
+    EXPECT_GT(test::failEachAllocation([&] { assigned.train(original.rules()); }, expectUnchanged), 0);
+    EXPECT_EQ(assigned, original);
 }
