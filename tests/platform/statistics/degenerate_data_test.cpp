@@ -156,7 +156,7 @@ TEST(DegenerateData, OfConstantMeasurementsPunishesAnyOtherValue) {
 
 TEST(DegenerateData, PunishesAValueOffAConstantMoreTheOftenerItWasSeen) {
     double before = 1.0;
-    for (const std::size_t count : {1U, 2U, 5U, 20U, 53U}) {
+    for (const std::size_t count : {1U, 2U, 5U, 20U, 52U, 53U}) {
         const NormalPdf pdf(Rows(count, Row{5.0}));
         const double difference = pdf.logValue({5.1}) - pdf.logValue({5.0});
         EXPECT_LT(difference, before) << count;
@@ -234,6 +234,12 @@ TEST(DegenerateData, WithARepeatedMeasurementDecidesAsWithout) {
         const double ofUnits = 0.5 * std::log(plainB.covariance(0, 0) / plainA.covariance(0, 0));
         EXPECT_NEAR(repeated - ofUnits, plain, 1e-6);
     }
+}
+
+TEST(DegenerateData, OfARepeatedMeasurementHasTheDocumentedSmallestEigenvalue) {
+    const NormalPdf pdf({3.0, 3.0}, {4.0, 4.0, 4.0}, 50);
+    const double g = std::ldexp(1.0, -26);
+    EXPECT_NEAR(pdf.logValue({3.0, 3.0}), -std::log(2.0 * M_PI * 4.0) - 0.5 * std::log(g * (2.0 - g)), 1e-7);
 }
 
 TEST(DegenerateData, WithARepeatedMeasurementPunishesWhatDoesNotRepeat) {

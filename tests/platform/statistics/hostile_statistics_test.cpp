@@ -1,6 +1,7 @@
 // Statistics that no data can have, as a forged archive may put them into a record; and misuse of the
 // functions.
 #include "tests/platform/statistics/normal_pdf.h"
+#include "tests/support/failing_allocation.h"
 
 namespace {
 
@@ -126,6 +127,9 @@ TEST(HostileStatistics, OfASizeThatNoMemoryHoldsAreRefusedWithoutTouchingIt) {
     EXPECT_EQ(vmath_nmmatrix_resize(&matrix, 2, 3), vxStatus::success);
     EXPECT_EQ(vmath_nmmatrix_resize(&matrix, 1L << 31, 1L << 31), vmath_status::outOfMemory);
     EXPECT_EQ(vmath_nmmatrix_resize(&matrix, 1L << 40, 1L << 40), vmath_status::outOfMemory);
+    // The number of entries would be 0 again.
+    const long columns = std::numeric_limits<long>::max() / 16 + 1;
+    EXPECT_EQ(vmath_nmmatrix_resize(&matrix, 32, columns), vmath_status::outOfMemory);
     EXPECT_EQ(vmath_nmmatrix_resize(&matrix, -1, 1), vmath_status::badArgument);
     EXPECT_EQ(vmath_nmmatrix_resize(&matrix, 1, -1), vmath_status::badArgument);
     EXPECT_EQ(matrix.numRows, 2);
@@ -133,6 +137,40 @@ TEST(HostileStatistics, OfASizeThatNoMemoryHoldsAreRefusedWithoutTouchingIt) {
     EXPECT_EQ(vmath_nmmatrix_resize(&matrix, 1L << 31, 0), vxStatus::success);
     EXPECT_EQ(matrix.numRows, 0);
     EXPECT_EQ(matrix.rows, nullptr);
+}
+
+/// Whether evaluation needs memory, which it does when it has to factorise.
+bool evaluatesWithoutMemory(const NormalPdf& pdf, const Row& values) {
+    const vmath_FeaturePattern pattern = patternOf(values, {});
+    double unused = 0.0;
+    const test::FailingAllocation failing(1);
+    return vmath_PDFMultivariateNormal_logValue(&pdf.record(), &pattern, &unused) == vxStatus::success;
+}
+
+TEST(HostileStatistics, OnlyBetweenUpdatesThatBelongTogetherDoesEvaluationNeedMemory) {
+    const test::Rows rows = test::Noise(22).rows(20, 3);
+    NormalPdf pdf(rows);
+    EXPECT_TRUE(evaluatesWithoutMemory(pdf, rows[0]));
+    vmath_PDFMultivariateNormal_beginUpdates(&pdf.record());
+    pdf.update(rows);
+    EXPECT_FALSE(evaluatesWithoutMemory(pdf, rows[0]));
+    EXPECT_TRUE(evaluatesWithoutMemory(NormalPdf(pdf), rows[0])) << "a copy is not between updates";
+    vmath_PDFMultivariateNormal_endUpdates(&pdf.record());
+    EXPECT_TRUE(evaluatesWithoutMemory(pdf, rows[0]));
+}
+
+TEST(HostileStatistics, AssigningTakesNoUpdatesOverAndEndsNone) {
+    const test::Rows rows = test::Noise(23).rows(20, 3);
+    NormalPdf updating(rows);
+    NormalPdf other(rows);
+    vmath_PDFMultivariateNormal_beginUpdates(&updating.record());
+    updating.update(rows);
+    EXPECT_EQ(vmath_PDFMultivariateNormal_assign(&other.record(), &updating.record()), vxStatus::success);
+    other.update(rows);
+    EXPECT_TRUE(evaluatesWithoutMemory(other, rows[0]));
+    EXPECT_EQ(vmath_PDFMultivariateNormal_assign(&updating.record(), &other.record()), vxStatus::success);
+    updating.update(rows);
+    EXPECT_FALSE(evaluatesWithoutMemory(updating, rows[0]));
 }
 
 TEST(HostileStatistics, NullAndNegativeArgumentsAreRefused) {

@@ -104,6 +104,11 @@ TEST(NormalDensity, StaysFiniteHoweverFarAwayThePatternIs) {
     EXPECT_EQ(pdf.logValue({std::numeric_limits<double>::max(), 0.0}), -1e280);
     // Below the limit the density is still the formula's.
     EXPECT_DOUBLE_EQ(pdf.logValue({0.0, 1e100}), -0.5e200);
+    EXPECT_DOUBLE_EQ(pdf.logValue({0.0, 1e140}), -0.5e280);
+    // Just above it, too, whichever way the density comes there.
+    EXPECT_EQ(pdf.logValue({0.0, 1.45e140}), -1e280);
+    const NormalPdf narrow({0.0, 0.0}, {1.0, 1.0 - 1e-9, 1.0}, 10);
+    EXPECT_EQ(narrow.logValue({1e139, -1e139}), -1e280);
 }
 
 TEST(NormalDensity, AnswersNotANumberWithNotANumber) {

@@ -153,6 +153,21 @@ TEST(NormalStatistics, MergeLikeTheirPatterns) {
     EXPECT_NEAR(first.logValue(rows[5]), whole.logValue(rows[5]), 1e-12);
 }
 
+TEST(NormalStatistics, MergedKeepNoRoundingErrorOfBefore) {
+    // A few samples with a spread among very many without: the covariance becomes much smaller than its
+    // rounding error was.
+    const Rows few{{0.1}, {0.2}, {-0.3}};
+    const Rows many(1 << 12, Row{0.0});
+    NormalPdf merged(few);
+    EXPECT_EQ(vmath_PDFMultivariateNormal_merge(&merged.record(), &NormalPdf(many).record()),
+              vxStatus::success);
+    merged.update({{0.0}});
+    NormalPdf whole(few);
+    whole.update(many);
+    whole.update({{0.0}});
+    EXPECT_LE(covarianceDifference(merged, whole), 8.0 * epsilon);
+}
+
 TEST(NormalStatistics, MergeWithThemselvesAndWithNothing) {
     const Rows rows = Noise(5).rows(30, 2);
     NormalPdf pdf(rows);
@@ -184,6 +199,9 @@ TEST(NormalStatistics, TakeNoPatternWithAnInvalidMeasurement) {
     EXPECT_DOUBLE_EQ(pdf.mean(0), 2.0);
     EXPECT_EQ(pdf.update({{100.0, 3.0}}, {{0}}), vxStatus::success);
     EXPECT_EQ(pdf.record().numSamples, 2);
+    // There are no such measurements.
+    EXPECT_EQ(pdf.update({{2.0, 3.0}}, {{-1, 2}}), vxStatus::success);
+    EXPECT_EQ(pdf.record().numSamples, 3);
 }
 
 TEST(NormalStatistics, TakeNoPatternWithAValueThatIsNotFinite) {
@@ -193,6 +211,7 @@ TEST(NormalStatistics, TakeNoPatternWithAValueThatIsNotFinite) {
     EXPECT_EQ(pdf.record().numSamples, 2);
     EXPECT_DOUBLE_EQ(pdf.mean(0), 2.0);
     EXPECT_EQ(pdf.update({{1.0}}, 0.0), vxStatus::success);
+    EXPECT_EQ(pdf.update({{1e300}}, 1e-300), vxStatus::success);
     EXPECT_EQ(pdf.record().numSamples, 2);
 }
 
