@@ -1,6 +1,7 @@
 #include <vxclassifier/classifier_bayesian.h>
 
 #include "clss/clastool/bayes/model_layout.h"
+#include "clss/clastool/foundation/parallel_vectors.h"
 #include "platform/archive/class_level.h"
 
 #include <vxclassifier/category_model_bayesian.h>
@@ -147,7 +148,7 @@ void vx_ClassifierBayesian::train_(const vxClassifierDataProvider& data,
 
 /// Labels without models can only come out of an archive; their models are built anew.
 void vx_ClassifierBayesian::dropUnmatchedRows() {
-    const std::size_t rows = std::min(categoryLabels_.size(), categoryModels_.size());
+    const std::size_t rows = detail::commonRows(categoryLabels_, categoryModels_);
     categoryLabels_.resize(rows);
     categoryModels_.resize(rows);
 }
@@ -158,13 +159,9 @@ void vx_ClassifierBayesian::addModel(long label, const vxClassifierTrainParamsBa
     const vxPtrHandle<vx_CategoryModelBayesian> model(
         new vx_CategoryModelBayesian(label, layout.sets(), layout.types(), params.maxMeasurementValues()));
     model->beginTraining();
+    detail::makeRoomForRow(categoryLabels_, categoryModels_);
     categoryLabels_.push_back(label);
-    try {
-        categoryModels_.emplace_back(model);
-    } catch (...) {
-        categoryLabels_.pop_back();
-        throw;
-    }
+    categoryModels_.emplace_back(model);
 }
 
 void vx_ClassifierBayesian::retrain_(const vxClassifierTrainParams& params) {

@@ -1,5 +1,6 @@
 #include <vxclassifier/classifier_distribution_types.h>
 
+#include "clss/clastool/foundation/parallel_vectors.h"
 #include "platform/archive/class_level.h"
 
 #include <vxclassifier/classifier_defs.h>
@@ -55,11 +56,11 @@ vxClassifierDistributionTypes::operator=(const vxClassifierDistributionTypes& ot
 }
 
 std::size_t vxClassifierDistributionTypes::overrideRows() const noexcept {
-    return std::min({overrideLabels_.size(), overrideIndices_.size(), overrideTypes_.size()});
+    return detail::commonRows(overrideLabels_, overrideIndices_, overrideTypes_);
 }
 
 std::size_t vxClassifierDistributionTypes::dependencyRows() const noexcept {
-    return std::min(dependencyLabels_.size(), dependencySets_.size());
+    return detail::commonRows(dependencyLabels_, dependencySets_);
 }
 
 long vxClassifierDistributionTypes::distOverrideIndex_(long label, long index) const {
@@ -101,14 +102,7 @@ void vxClassifierDistributionTypes::distributionTypeOverride(long label, long in
         overrideTypes_[static_cast<std::size_t>(k)] = type;
         return;
     }
-    // Memory is taken for all three before any changes, so that there is never half a row.
-    const std::size_t row = overrideRows();
-    overrideLabels_.reserve(row + 1);
-    overrideIndices_.reserve(row + 1);
-    overrideTypes_.reserve(row + 1);
-    overrideLabels_.resize(row);
-    overrideIndices_.resize(row);
-    overrideTypes_.resize(row);
+    detail::makeRoomForRow(overrideLabels_, overrideIndices_, overrideTypes_);
     overrideLabels_.push_back(label);
     overrideIndices_.push_back(index);
     overrideTypes_.push_back(type);
@@ -158,11 +152,7 @@ std::vector<std::size_t> vxClassifierDistributionTypes::rowsSharing(long label,
 
 void vxClassifierDistributionTypes::appendSet(long label, const std::vector<long>& set) {
     std::vector<long> copy = set;
-    const std::size_t row = dependencyRows();
-    dependencyLabels_.reserve(row + 1);
-    dependencySets_.reserve(row + 1);
-    dependencyLabels_.resize(row);
-    dependencySets_.resize(row);
+    detail::makeRoomForRow(dependencyLabels_, dependencySets_);
     dependencyLabels_.push_back(label);
     dependencySets_.push_back(std::move(copy));
 }

@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <initializer_list>
+#include <string>
 
 // Training, retraining, equality and storing. Running stands in classifier_bayesian_run_test.cpp.
 
@@ -156,6 +157,42 @@ struct OddData : vxClassifierDataProviderMemory {
         labels.push_back(label);
     }
 };
+
+/// Writes down which questions it is asked: Number, Measurements, Pattern 3, Label 3.
+struct AskedData : OddData {
+    mutable std::string asked;
+
+    long numPatterns() const override {
+        asked += "N ";
+        return OddData::numPatterns();
+    }
+    long numMeasurements() const override {
+        asked += "M ";
+        return OddData::numMeasurements();
+    }
+    vxPtrHandle_const<vxFeaturePattern> featurePattern(long index) const override {
+        asked += "P" + std::to_string(index) + " ";
+        return OddData::featurePattern(index);
+    }
+    long categoryLabel(long index) const override {
+        asked += "L" + std::to_string(index) + " ";
+        return OddData::categoryLabel(index);
+    }
+};
+
+TEST(ClassifierBayesian, ReadsTheDataOnceAndInOrder) {
+    AskedData data;
+    OpenBayesian classifier;
+    classifier.train_(data, paramsOf(normalTypes()));
+    EXPECT_EQ(data.asked, "N M ");
+    data.asked.clear();
+    data.measurements = 1;
+    data.add({1.0}, 4);
+    data.add({2.0}, -1);
+    data.add({3.0}, 4);
+    classifier.train_(data, paramsOf(normalTypes()));
+    EXPECT_EQ(data.asked, "N M P0 L0 P1 L1 P2 L2 ");
+}
 
 TEST(ClassifierBayesian, ANullPatternMattersOnlyWhereItHasALabel) {
     OddData data;

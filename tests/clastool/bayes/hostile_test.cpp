@@ -429,6 +429,32 @@ TEST(HostileClassifier, TheTrialRunBuildsNoPatternForMeasurementsThatAreNotUsed)
     EXPECT_NO_THROW(far.checkRunnable_());
 }
 
+TEST(HostileClassifier, TrainingLeavesTheFactorsToItsEnd) {
+    std::vector<test::Sample> samples;
+    for (int i = 0; i < 100; ++i) {
+        samples.push_back({{std::cos(i), std::sin(i), std::cos(3.0 * i)}, 1});
+    }
+    const vxClassifierDataProviderMemory data = dataOf(samples);
+    Types types = normalTypes();
+    types.setDependent(1, {0, 1, 2});
+    const vxClassifierTrainParamsBayesian params = paramsOf(types);
+    // Evaluation can make up for a factor for which there was no memory, so a training that fails for want
+    // of memory fails somewhere else. The first failure that it survives is that of a factor.
+    OpenBayesian classifier;
+    const long failures =
+        test::failEachAllocation([&] { classifier.train_(data, params); }, [&] { classifier.untrain_(); });
+    EXPECT_GT(failures, 100) << "after all patterns";
+
+    classifier.untrain_();
+    classifier.train(data, params);
+    OpenBayesian reloaded;
+    test::load(test::stored(classifier), reloaded);
+    const auto allocationsOfARun = [](const OpenBayesian& trained) {
+        return test::failEachAllocation([&] { resultOf(trained, patternOf({1, 2, 3})); }, [] {});
+    };
+    EXPECT_EQ(allocationsOfARun(classifier), allocationsOfARun(reloaded));
+}
+
 TEST(HostileClassifier, ManyDependentMeasurementsAreLaidOutInLinearTime) {
     Indices all(200000);
     for (std::size_t i = 0; i < all.size(); ++i) {

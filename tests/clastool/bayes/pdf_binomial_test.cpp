@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <tuple>
 
 namespace {
 
@@ -137,6 +138,21 @@ TEST(PdfBinomial, TheEstimatesAreTheFormulasToTheLastBit) {
     }
 }
 
+TEST(PdfBinomial, TheEstimateOfTheTrialsIsRoundedOperationByOperation) {
+    // Without rounding these come to a half, so that the order of the operations decides.
+    const std::tuple<double, std::vector<double>, long> cases[] = {
+        {7.0, {3.0, 5.0, 7.0}, 2},   {9.0, {1.0, 1.0, 7.0}, 1},   {11.0, {3.0, 3.0, 9.0}, 3},
+        {15.0, {3.0, 5.0, 7.0}, 13}, {17.0, {4.0, 6.0, 8.0}, 17}, {23.0, {16.0, 18.0, 20.0}, 22}};
+    for (const auto& [maximum, values, numTrials] : cases) {
+        vx_PDFMultivariateNormal normal;
+        normal.updateWithDataNormalize(ones(values), maximum);
+        const double theta = normal.mean()(0, 0);
+        const double v = normal.covariance()(0, 0);
+        ASSERT_NE(static_cast<long>(theta * (1.0 - theta) / v + 0.5), numTrials) << "or it shows nothing";
+        EXPECT_EQ(trainedWith(maximum, values).numTrials(), numTrials);
+    }
+}
+
 TEST(PdfBinomial, TrainingIsCumulative) {
     vx_PDFBinomial binomial(one(10.0));
     binomial.updateWithData(ones({2.0}));
@@ -169,6 +185,11 @@ TEST(PdfBinomial, OnlyAVarianceAbove1em15Counts) {
     const double above = std::sqrt(2.1e-15);
     EXPECT_EQ(trainedWith(1.0, {0.5, 0.5 + below}).numTrials(), 0);
     EXPECT_NE(trainedWith(1.0, {0.5, 0.5 + above}).numTrials(), 0);
+    const double atTheLimit = 0x1.80274f468e3cfp-25;
+    ASSERT_EQ(atTheLimit * atTheLimit / 2.0, 1e-15);
+    EXPECT_EQ(trainedWith(1.0, {0.0, atTheLimit}).numTrials(), 0);
+    EXPECT_EQ(trainedWith(1.0, {0.0, std::nextafter(atTheLimit, 0.0)}).numTrials(), 0);
+    EXPECT_NE(trainedWith(1.0, {0.0, std::nextafter(atTheLimit, 1.0)}).numTrials(), 0);
 }
 
 TEST(PdfBinomial, AnEstimateBeyond32BitsIsTheLargestOne) {
@@ -262,6 +283,16 @@ TEST(PdfBinomial, TheLogValueIsTheDefinitionToTheLastBit) {
                 EXPECT_EQ(loadedWith(n, theta, 10.0).logValue(one(x)), expectedLogValue(n, theta, 10.0, x));
             }
         }
+    }
+}
+
+TEST(PdfBinomial, TheCountIsRoundedOperationByOperation) {
+    // Multiplying before dividing would give the next higher count.
+    const std::tuple<long, double, double> cases[] = {{15, 22.0, 11.0}, {49, 22.0, 11.0}, {15, 26.0, 13.0}};
+    for (const auto& [n, maximum, x] : cases) {
+        const double trials = static_cast<double>(n);
+        ASSERT_LT(std::trunc(x * (trials / maximum) + 0.5), std::trunc(x * trials / maximum + 0.5));
+        EXPECT_EQ(loadedWith(n, 0.3, maximum).logValue(one(x)), expectedLogValue(n, 0.3, maximum, x));
     }
 }
 
