@@ -100,6 +100,14 @@ TEST(HostileStatistics, OfAnIndefiniteCovarianceHaveAFiniteDensity) {
     }
 }
 
+TEST(HostileStatistics, OfCorrelationsBeyondOneAreCutOff) {
+    const Row x{1.25, 0.5};
+    EXPECT_EQ(NormalPdf({1.0, 2.0}, {1.0, 5.0, 1.0}, 10).logValue(x),
+              NormalPdf({1.0, 2.0}, {1.0, 1.0, 1.0}, 10).logValue(x));
+    EXPECT_EQ(NormalPdf({1.0, 2.0}, {1.0, -5.0, 1.0}, 10).logValue(x),
+              NormalPdf({1.0, 2.0}, {1.0, -1.0, 1.0}, 10).logValue(x));
+}
+
 TEST(HostileStatistics, OfExtremeNumbersHaveAFiniteDensity) {
     const double largest = std::numeric_limits<double>::max();
     const double smallest = std::numeric_limits<double>::denorm_min();

@@ -109,6 +109,7 @@ TEST(NormalDensity, StaysFiniteHoweverFarAwayThePatternIs) {
     EXPECT_EQ(pdf.logValue({0.0, 1.45e140}), -1e280);
     const NormalPdf narrow({0.0, 0.0}, {1.0, 1.0 - 1e-9, 1.0}, 10);
     EXPECT_EQ(narrow.logValue({1e139, -1e139}), -1e280);
+    EXPECT_EQ(narrow.logValue({-infinity, -infinity}), -1e280);
 }
 
 TEST(NormalDensity, AnswersNotANumberWithNotANumber) {
