@@ -17,8 +17,12 @@ vxDecisionTreeNode::vxDecisionTreeNode()
       predicateFunction_(new vxRangePredicate) {}
 
 vxDecisionTreeNode::vxDecisionTreeNode(const vxPredicateFunction& predicate, const vxDecisionTree& trueTree,
-                                       const vxDecisionTree& falseTree)
-    : trueTree_(trueTree.clone()), falseTree_(falseTree.clone()), predicateFunction_(predicate.clone()) {}
+                                       const vxDecisionTree& falseTree) {
+    // In the order of the arguments, which callers' classes can observe; the members stand in another one.
+    predicateFunction_ = predicate.clone();
+    trueTree_ = trueTree.clone();
+    falseTree_ = falseTree.clone();
+}
 
 vxDecisionTreeNode::vxDecisionTreeNode(const vxDecisionTreeNode& other) noexcept = default;
 

@@ -300,4 +300,32 @@ TEST(DecisionTreeNode, WhatEqualsTheSameByACallersPredicateNeedNotBeEqual) {
     EXPECT_FALSE(fourOf(low, high, high, low)->isEqual(*fourOf(middle, middle, highest, highest)));
 }
 
+/// Leaves a word when it is cloned.
+struct TellingLeaf : vxDecisionTreeLeaf {
+    TellingLeaf(std::vector<std::string>& words, std::string word)
+        : vxDecisionTreeLeaf(vxClassifierResult()), words_(words), word_(std::move(word)) {}
+    vxPtrHandle<vxDecisionTree> clone() const override {
+        words_.push_back(word_);
+        return Tree(new TellingLeaf(*this));
+    }
+    std::vector<std::string>& words_;
+    std::string word_;
+};
+
+struct TellingPredicate : vxValidityPredicate {
+    explicit TellingPredicate(std::vector<std::string>& words) : words_(words) {}
+    vxPtrHandle<vxPredicateFunction> clone() const override {
+        words_.emplace_back("predicate");
+        return test::Predicate(new TellingPredicate(*this));
+    }
+    std::vector<std::string>& words_;
+};
+
+TEST(DecisionTreeNode, ClonesItsPartsInTheOrderOfTheArguments) {
+    std::vector<std::string> words;
+    const vxDecisionTreeNode node(TellingPredicate(words), TellingLeaf(words, "true"),
+                                  TellingLeaf(words, "false"));
+    EXPECT_EQ(words, (std::vector<std::string>{"predicate", "true", "false"}));
+}
+
 } // namespace
