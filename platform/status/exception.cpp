@@ -48,6 +48,8 @@ const char* vxException::what() const noexcept {
 
 std::wstring vxException::message() const {
     std::wostringstream out;
+    // A stream that runs out of memory would keep that to itself and leave the rest of the text out.
+    out.exceptions(std::ios_base::badbit);
     message_(out);
     return out.str();
 }

@@ -60,7 +60,8 @@ vxClassifierTool::vxClassifierTool(const vxClassifierTool& other) : vxClassifier
 }
 
 vxClassifierTool& vxClassifierTool::operator=(const vxClassifierTool& other) {
-    classifier_ = std::make_unique<vxPtrHandle<vx_Classifier>>();
+    // Emptied, not replaced: that needs no memory, so whatever fails below leaves the tool empty.
+    classifier_->reset();
     if (&other != this && other.isTrained()) {
         *classifier_ = (*other.classifier_)->clone();
     }

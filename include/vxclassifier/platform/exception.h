@@ -45,7 +45,7 @@ public:
     /// form of its own overrides this together with message_; here it is empty.
     const char* what() const noexcept override;
 
-    /// The message as the derived class writes it.
+    /// The message as the derived class writes it, whole. Throws what writing it throws (std::bad_alloc).
     std::wstring message() const;
 
 protected:
