@@ -95,7 +95,9 @@ public:
 
     /// Replaces the parameters and keeps what was learnt. Throws vxClassifierDefs::NotTrained when untrained,
     /// and vxClassifierDefs::BadMethod for parameters of another technique, or when there were none; the old
-    /// parameters stay whenever this throws. `diag` and `flags` are not used.
+    /// parameters stay whenever this throws. The technique takes the new ones over before they are cloned, so
+    /// if cloning throws, it may run by them already (the nearest neighbours do) until it is retrained.
+    /// `diag` and `flags` are not used.
     void retrain(const vxClassifierTrainParams& params, vxDiagObject* diag = nullptr,
                  unsigned long flags = 0);
 

@@ -57,7 +57,9 @@ public:
 
     /// Replaces the parameters and keeps what was learnt. Throws vxClassifierDefs::NotTrained when untrained,
     /// vxClassifierDefs::BadMethod for parameters of another technique, and what the technique throws, all of
-    /// which change nothing; and what the trial run throws, as for train.
+    /// which change nothing; what cloning the parameters throws (std::bad_alloc), after which trainParams()
+    /// gives the old ones, but the nearest neighbours decide by the new ones until they are retrained; and
+    /// what the trial run throws, as for train.
     void retrain(const vxClassifierTrainParams& params, vxDiagObject* diag = nullptr,
                  unsigned long flags = 0);
 

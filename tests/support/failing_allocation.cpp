@@ -4,17 +4,24 @@
 
 namespace {
 
-thread_local long allocationsUntilFailure = 0; // 0: none fails
+thread_local test::Countdown allocations;
+thread_local long live = 0;
 
 void* allocate(std::size_t size) {
-    if (allocationsUntilFailure > 0 && --allocationsUntilFailure == 0) {
+    if (allocations.strikes()) {
         throw std::bad_alloc();
     }
     void* memory = std::malloc(size == 0 ? 1 : size);
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
+    ++live;
     return memory;
+}
+
+void release(void* memory) noexcept {
+    live -= memory == nullptr ? 0 : 1;
+    std::free(memory);
 }
 
 } // namespace
@@ -26,26 +33,34 @@ void* operator new[](std::size_t size) {
     return allocate(size);
 }
 void operator delete(void* memory) noexcept {
-    std::free(memory);
+    release(memory);
 }
 void operator delete[](void* memory) noexcept {
-    std::free(memory);
+    release(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
+    release(memory);
 }
 void operator delete[](void* memory, std::size_t) noexcept {
-    std::free(memory);
+    release(memory);
 }
 
 namespace test {
 
-FailingAllocation::FailingAllocation(long number) noexcept {
-    allocationsUntilFailure = number;
+FailingAllocation::FailingAllocation(long number, Failing failing) noexcept {
+    allocations.start(number, failing);
 }
 
 FailingAllocation::~FailingAllocation() {
-    allocationsUntilFailure = 0;
+    allocations.stop();
+}
+
+bool FailingAllocation::happened() noexcept {
+    return allocations.happened();
+}
+
+long liveAllocations() noexcept {
+    return live;
 }
 
 } // namespace test
