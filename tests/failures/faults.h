@@ -10,8 +10,8 @@
 #include <stdexcept>
 #include <vector>
 
-// Lets the n-th step of one kind fail within an operation, for n = 1, 2, 3, ... until the operation needs fewer
-// steps than that, and looks each time at what the failure has left.
+// Lets the n-th step of one kind fail within an operation, for n = 1, 2, 3, ... until the operation needs
+// fewer steps than that, and looks each time at what the failure has left.
 namespace failures {
 
 using test::Failing;
@@ -49,8 +49,8 @@ struct Held {
     }
 };
 
-/// Fails the step `number` of Scenario's operation, and returns whether there was such a step. A scenario is made
-/// anew each time, and has
+/// Fails the step `number` of Scenario's operation, and returns whether there was such a step. A scenario is
+/// made anew each time, and has
 /// - attempt(), the operation. It keeps its outcome only if it succeeds;
 /// - expectDone(), what holds after a success. Once more it is to succeed after any failure;
 /// - expectFailed(), what holds after a failure.

@@ -23,7 +23,8 @@ vxClassifierCosts costs() {
 vxClassifierTrainParamsBayesian bayesian(const vxClassifierDistributionTypes& types, double frequency) {
     vxClassifierFrequencies frequencies(1.0);
     frequencies.categoryFrequencyOverride(2, frequency);
-    return vxClassifierTrainParamsBayesian(types, frequencies, costs(), vxFeaturePattern({9.0, 9.0, 9.0}, {}));
+    return vxClassifierTrainParamsBayesian(types, frequencies, costs(),
+                                           vxFeaturePattern({9.0, 9.0, 9.0}, {}));
 }
 
 vxClassifierDistributionTypes jointTypes() {

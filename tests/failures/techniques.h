@@ -5,7 +5,8 @@
 
 #include <vxclassifier/classifier_tool.h>
 
-// What the operations of a tool are tried on: a technique, with classes of the library or of a caller's. Each has
+// What the operations of a tool are tried on: a technique, with classes of the library or of a caller's. Each
+// has
 // - train(tool), and trainOtherwise(tool), which leads to an unequal tool;
 // - retrain(tool), which changes the parameters only, and whether a failed one may show in the decisions;
 // - query(), a pattern to classify;

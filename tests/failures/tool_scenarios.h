@@ -63,8 +63,8 @@ private:
     }
 };
 
-/// The technique takes over what it works with before the parameters are cloned, so after a failure of that the
-/// nearest neighbours decide by the new parameters already.
+/// The technique takes over what it works with before the parameters are cloned, so after a failure of that
+/// the nearest neighbours decide by the new parameters already.
 template <class Technique>
 struct RetrainWithoutTrial : Retrain<Technique> {
     vxClassifierResult byOld = resultOf(this->before, this->technique.query());
