@@ -130,7 +130,11 @@ std::string followLinks(const std::string& path) {
         char content[4096];
         const ssize_t length = ::readlink(target.c_str(), content, sizeof content);
         if (length < 0) {
-            return target; // no link; whether it is a file will show
+            if (errno == EINVAL || errno == ENOENT || errno == ENOTDIR) {
+                return target; // no link; whether it is a file will show
+            }
+            // What may be a link must not be taken for a file: the new one would replace the link.
+            throwLastError<vxArchive::WriteFailed>("follow the links of", path);
         }
         const std::string next(content, static_cast<std::size_t>(length));
         const std::size_t slash = target.rfind('/');
@@ -171,7 +175,10 @@ void writeAll(int file, const std::vector<unsigned char>& bytes, const std::stri
     while (written < bytes.size()) {
         const ssize_t count =
             retried([&] { return ::write(file, bytes.data() + written, bytes.size() - written); });
-        if (count < 0) {
+        if (count == 0) {
+            errno = EIO; // nothing was written and nothing said why, so the next attempt might do the same
+        }
+        if (count <= 0) {
             throwLastError<vxArchive::WriteFailed>("write", path);
         }
         written += static_cast<std::size_t>(count);
