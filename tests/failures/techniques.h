@@ -5,6 +5,9 @@
 
 #include <vxclassifier/classifier_tool.h>
 
+#include <string>
+#include <type_traits>
+
 // What the operations of a tool are tried on: a technique, with classes of the library or of a caller's. Each
 // has
 // - train(tool), and trainOtherwise(tool), which leads to an unequal tool;
@@ -90,6 +93,29 @@ struct OwnTrees : Trees {
 /// With the caller's predicates, nodes and leaves.
 struct CallersTrees : Trees {
     CallersTrees();
+};
+
+/// What the tests of a technique are called by.
+struct NameOfTechnique {
+    template <class Technique>
+    static std::string GetName(int) {
+        if (std::is_same_v<Technique, JointNormal>) {
+            return "JointNormal";
+        }
+        if (std::is_same_v<Technique, Binomial>) {
+            return "Binomial";
+        }
+        if (std::is_same_v<Technique, Neighbors>) {
+            return "Neighbors";
+        }
+        if (std::is_same_v<Technique, OwnTrees>) {
+            return "Trees";
+        }
+        if (std::is_same_v<Technique, CallersNormal>) {
+            return "CallersNormal";
+        }
+        return std::is_same_v<Technique, CallersNeighbors> ? "CallersNeighbors" : "CallersTrees";
+    }
 };
 
 /// Whether both tools are trained and equal. What the tool was made from may be the caller's, so no step may

@@ -10,17 +10,17 @@ template <class Technique>
 class FailingTool : public ::testing::Test {};
 using Techniques = ::testing::Types<JointNormal, Binomial, Neighbors, OwnTrees, CallersNormal,
                                     CallersNeighbors, CallersTrees>;
-TYPED_TEST_SUITE(FailingTool, Techniques);
+TYPED_TEST_SUITE(FailingTool, Techniques, NameOfTechnique);
 
 template <class Technique>
 class FailingRetraining : public ::testing::Test {};
 using Retrainable = ::testing::Types<JointNormal, Binomial, Neighbors, CallersNormal, CallersNeighbors>;
-TYPED_TEST_SUITE(FailingRetraining, Retrainable);
+TYPED_TEST_SUITE(FailingRetraining, Retrainable, NameOfTechnique);
 
 template <class Technique>
 class FailingCaller : public ::testing::Test {};
 using OfCallers = ::testing::Types<CallersNormal, CallersNeighbors, CallersTrees>;
-TYPED_TEST_SUITE(FailingCaller, OfCallers);
+TYPED_TEST_SUITE(FailingCaller, OfCallers, NameOfTechnique);
 
 TYPED_TEST(FailingTool, TrainingWithoutMemoryLeavesItUntrainedOrTrainedAnew) {
     failEachStepOf<Train<TypeParam>>(allocationFaults());
@@ -72,7 +72,7 @@ TYPED_TEST(FailingTool, AnInterruptedRunKeepsTheCallersResult) {
 template <class Technique>
 class FailingTrial : public ::testing::Test {};
 using WithTrialRun = ::testing::Types<JointNormal, Binomial, CallersNormal>;
-TYPED_TEST_SUITE(FailingTrial, WithTrialRun);
+TYPED_TEST_SUITE(FailingTrial, WithTrialRun, NameOfTechnique);
 
 TYPED_TEST(FailingTrial, KeepsTheNewParametersWhenInterrupted) {
     failEachStepOf<Retrain<TypeParam>>(interruptionFaults());
@@ -116,7 +116,7 @@ TYPED_TEST(FailingCaller, GivesNoAnswerToAComparison) {
 template <class Technique>
 class FailingCallersParams : public ::testing::Test {};
 using OfCallersParams = ::testing::Types<CallersNormal, CallersNeighbors>;
-TYPED_TEST_SUITE(FailingCallersParams, OfCallersParams);
+TYPED_TEST_SUITE(FailingCallersParams, OfCallersParams, NameOfTechnique);
 
 TYPED_TEST(FailingCallersParams, KeepTheOldOnesInARetraining) {
     failEachStepOf<Retrain<TypeParam>>(callFaults());
