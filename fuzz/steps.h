@@ -1,0 +1,78 @@
+#ifndef FUZZ_STEPS_H
+#define FUZZ_STEPS_H
+
+#include "fuzz/memory_watch.h"
+
+#include <vxclassifier/classifier_defs.h>
+#include <vxclassifier/platform/archive.h>
+#include <vxclassifier/platform/attention.h>
+#include <vxclassifier/platform/exception.h>
+#include <vxclassifier/platform/pdf_multivariate_normal.h>
+#include <vxclassifier/platform/status.h>
+
+#include <ctime>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+namespace fuzz {
+
+/// Something that must not happen. Nothing in the fuzzing code catches it: under the fuzzer it ends the
+/// program, in a test it fails the test.
+struct Finding : std::logic_error {
+    using std::logic_error::logic_error;
+};
+
+inline void require(bool holds, const std::string& what) {
+    if (!holds) {
+        throw Finding(what);
+    }
+}
+
+/// Runs operations on hostile objects, each of which may refuse with an error that it is allowed to, and
+/// bounds what they take together: memory, and time through the interruption check, since a few bytes can
+/// ask for minutes of honest work. What comes after the time is up is left out.
+class Steps {
+public:
+    Steps() : watch_(memoryLimit), scope_(&check, this), end_(std::clock() + timeLimit) {}
+
+    /// Whether the operation went through. An exception that is not allowed passes through.
+    template <class Action>
+    bool step(Action action) {
+        if (isOver()) {
+            return false;
+        }
+        try {
+            action();
+            return true;
+        } catch (const vxClassifierDefs::Errors&) {
+        } catch (const vxArchive::Errors&) {
+        } catch (const vxBadPointer&) {
+        } catch (const vxStatusFailure& failure) {
+            require(vxStatus::module(failure.status()) == vmath_status::pdfMultivariateNormalModule,
+                    "a failure status that no input may cause");
+        } catch (const vxInterrupted&) {
+        } catch (const std::bad_alloc&) {
+        } catch (const std::length_error&) {
+        }
+        return false;
+    }
+
+    bool isOver() const { return std::clock() >= end_; }
+
+private:
+    static constexpr std::size_t memoryLimit = std::size_t{64} << 20;
+    static constexpr std::clock_t timeLimit = CLOCKS_PER_SEC / 50;
+
+    static long check(void* steps) {
+        return static_cast<Steps*>(steps)->isOver() ? vsys_attention_cancelled : vxStatus::success;
+    }
+
+    MemoryWatch watch_;
+    vxAttentionScope scope_;
+    std::clock_t end_;
+};
+
+} // namespace fuzz
+
+#endif

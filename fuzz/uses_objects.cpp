@@ -1,0 +1,272 @@
+#include "fuzz/uses.h"
+
+#include "tests/laws/families.h"
+#include "tests/support/archives.h"
+
+#include <cmath>
+#include <limits>
+#include <memory>
+
+namespace fuzz {
+
+namespace {
+
+using Types = vxClassifierDistributionTypes;
+
+const std::vector<vxFeaturePattern>& queries() {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    static const std::vector<vxFeaturePattern> all{
+        vxFeaturePattern({}, {}),
+        vxFeaturePattern({1.0}, {}),
+        vxFeaturePattern({1.0}, {0}),
+        vxFeaturePattern({0.5, 2.5}, {}),
+        vxFeaturePattern({4.0, -1.0}, {1}),
+        vxFeaturePattern({std::nan(""), -infinity}, {}),
+        vxFeaturePattern({1e300, -1e300, 5e-324}, {}),
+        vxFeaturePattern({3.0, 1.0, 4.0, 1.0, 5.0, 9.0}, {2}),
+    };
+    return all;
+}
+
+vxClassifierDataProviderMemory someData() {
+    vxClassifierDataProviderMemory data;
+    for (const double x : {0.5, 1.0, 2.5, 4.0, 4.5}) {
+        data.addData(vxPtrHandle_const<vxFeaturePattern>(new vxFeaturePattern({x, 5.0 - x * x}, {})),
+                     x < 2.0 ? 2 : 7);
+    }
+    return data;
+}
+
+vxClassifierTrainParamsBayesian bayesian(Types::DistributionType type) {
+    return vxClassifierTrainParamsBayesian(Types(type), vxClassifierFrequencies(1.0), vxClassifierCosts(1.0),
+                                           vxFeaturePattern({10.0, 10.0}, {}));
+}
+
+/// Each technique's parameters, for what takes any.
+std::vector<vxPtrHandle<vxClassifierTrainParams>> someParams() {
+    return {vxClassifierTrainParamsKNN(2).clone(), bayesian(Types::eMultivariateNormal).clone(),
+            bayesian(Types::eBinomial).clone()};
+}
+
+/// Asks `run` about each query; the same question must give the same answer.
+template <class Runner>
+void runAll(Steps& steps, const Runner& runner) {
+    for (const vxFeaturePattern& query : queries()) {
+        vxClassifierResult first;
+        if (steps.step([&] {
+                vxDiagObject diag;
+                runner.run(query, first, &diag, ~0UL);
+            })) {
+            vxClassifierResult second;
+            if (steps.step([&] { runner.run(query, second); })) {
+                require(test::stored(first) == test::stored(second), "a second run gives another result");
+            }
+        }
+    }
+}
+
+void trainTool(Steps& steps, const vxClassifierDataProvider& data, const vxClassifierTrainParams& params) {
+    vxClassifierTool tool;
+    if (steps.step([&] { tool.train(data, params); })) {
+        runAll(steps, tool);
+    } else {
+        require(!tool.isTrained(), "a training that failed leaves a trained tool");
+    }
+}
+
+void use(Steps& steps, const vxClassifierDataProvider& data) {
+    steps.step([&] { static_cast<void>(data.name() + data.description()); });
+    steps.step([&] { data.numMeasurements(); });
+    const long count = data.numPatterns();
+    for (const long index : {-2147483648L, -1L, 0L, 1L, count - 1, count, 2147483647L}) {
+        steps.step([&] { data.categoryLabel(index); });
+        steps.step([&] { use(steps, *data.featurePattern(index)); });
+    }
+    for (const vxPtrHandle<vxClassifierTrainParams>& params : someParams()) {
+        trainTool(steps, data, *params);
+    }
+}
+
+void use(Steps& steps, const vxClassifierTrainParams& params) {
+    trainTool(steps, someData(), params);
+    steps.step([&] { laws::ParamsAccess::newClassifier(params); });
+    for (const vxPtrHandle<vxClassifierTrainParams>& other : someParams()) {
+        steps.step([&] { laws::ParamsAccess::isSameTechnique(params, *other); });
+        steps.step([&] { laws::ParamsAccess::isEqual(params, *other); });
+        vxClassifierTool tool;
+        steps.step([&] { tool.train(someData(), *other); });
+        if (steps.step([&] { tool.retrain(params); })) {
+            runAll(steps, tool);
+        }
+    }
+}
+
+/// All the ways to change a classifier; `changed` is the caller's own.
+void change(Steps& steps, vx_Classifier& changed) {
+    for (const vxPtrHandle<vxClassifierTrainParams>& params : someParams()) {
+        steps.step([&] { changed.retrain(*params); });
+        runAll(steps, changed);
+    }
+    steps.step([&] { changed.retrain(*changed.trainParams()); });
+    steps.step([&] { changed.train(someData(), *changed.trainParams()); });
+    steps.step([&] { changed.trainStart(*changed.trainParams()); });
+    steps.step([&] { changed.trainIncremental(queries()[3], 2); });
+    steps.step([&] { changed.trainIncremental(queries()[3], -1); });
+    runAll(steps, changed);
+    steps.step([&] { changed.untrain(); });
+    require(!changed.isTrained() || steps.isOver(), "an untrained classifier is trained");
+}
+
+void use(Steps& steps, const vx_Classifier& classifier) {
+    classifier.isTrained();
+    steps.step([&] { use(steps, *classifier.trainParams()); });
+    runAll(steps, classifier);
+    if (const auto* ofTree = dynamic_cast<const vx_ClassifierDecisionTree*>(&classifier)) {
+        steps.step([&] { ofTree->decisionTree()->categoryLabels(); });
+    }
+    steps.step([&] { change(steps, *classifier.clone()); });
+}
+
+void use(Steps& steps, const vxPatternDistanceMetric& metric) {
+    for (const vxFeaturePattern& p1 : queries()) {
+        for (const vxFeaturePattern& p2 : queries()) {
+            steps.step([&] { metric.distance(p1, p2); });
+        }
+    }
+    trainTool(steps, someData(), vxClassifierTrainParamsKNN(3, metric, vxClassifierCosts(1.0)));
+}
+
+void use(Steps& steps, const vxPredicateFunction& predicate) {
+    for (const vxFeaturePattern& query : queries()) {
+        steps.step([&] { predicate.outcome(query); });
+    }
+}
+
+void use(Steps& steps, const vxDecisionTree& tree) {
+    steps.step([&] { tree.categoryLabels(); });
+    steps.step([&] { tree.numCategories(); });
+    if (const auto* leaf = dynamic_cast<const vxDecisionTreeLeaf*>(&tree)) {
+        use(steps, leaf->classifierResult());
+    }
+    if (const auto* node = dynamic_cast<const vxDecisionTreeNode*>(&tree)) {
+        steps.step([&] { use(steps, *node->predicateFunction()); });
+        steps.step([&] {
+            vxDecisionTreeNode changed(*node);
+            changed.trueTree(*node->falseTree());
+            changed.falseTree(tree);
+            changed.isEqual(tree);
+        });
+    }
+    vxClassifierTool tool;
+    steps.step([&] { tool.train(tree); });
+    runAll(steps, tool);
+}
+
+void use(Steps& steps, const vx_ProbabilityDensityFunction& density) {
+    for (const vxFeaturePattern& query : queries()) {
+        steps.step([&] { density.logValue(query); });
+    }
+    const laws::Object own = laws::reloaded(density);
+    auto& changed = dynamic_cast<vx_ProbabilityDensityFunction&>(*own);
+    for (const vxFeaturePattern& query : queries()) {
+        steps.step([&] { changed.updateWithData({query, query}); });
+        steps.step([&] { changed.logValue(query); });
+    }
+    steps.step([&] { changed.clear(); });
+    steps.step([&] { changed.updateWithData({queries()[1]}); });
+}
+
+void use(Steps& steps, const vx_CategoryModelBayesian& model) {
+    for (const vxFeaturePattern& query : queries()) {
+        steps.step([&] {
+            vxDiagObject diag;
+            model.matchScore(query, &diag, ~0UL);
+        });
+    }
+    // A copy would share its densities.
+    const laws::Object own = laws::reloaded(model);
+    auto& changed = dynamic_cast<vx_CategoryModelBayesian&>(*own);
+    for (const vxFeaturePattern& query : queries()) {
+        steps.step([&] { changed.adapt(query); });
+        steps.step([&] { changed.matchScore(query); });
+    }
+}
+
+void use(Steps& steps, const vxException& error) {
+    error.errorNumber();
+    steps.step([&] { static_cast<void>(error.message() + L"."); });
+    require(error.what() != nullptr, "an error without a text");
+    vxPersistent* loaded = nullptr;
+    const test::Bytes bytes = test::storedPointer(const_cast<vxException*>(&error));
+    vxLoadingArchive archive(bytes);
+    vxPersistent::serializePointer(archive, nullptr, loaded);
+    std::unique_ptr<vxException> copy(dynamic_cast<vxException*>(loaded));
+    archive.finish();
+    steps.step([&] { copy.release()->suicideAndRethrow(); });
+}
+
+template <class Family>
+void useAs(Steps& steps, const vxPersistent& object) {
+    if (const auto* member = dynamic_cast<const Family*>(&object)) {
+        use(steps, *member);
+    }
+}
+
+} // namespace
+
+void use(Steps& steps, const vxFeaturePattern& pattern) {
+    const long count = pattern.numMeasurements();
+    pattern.numInvalid();
+    for (const long index : {-2147483648L, -1L, 0L, 1L, count - 1, count, 2147483647L}) {
+        steps.step([&] { pattern.isValid(index); });
+        steps.step([&] { pattern.featureMeasurement(index, true); });
+        steps.step([&] { pattern.featureMeasurement(index, false); });
+    }
+    steps.step([&] { pattern.featureMeasurements(true); });
+    steps.step([&] { pattern.featureMeasurements(false); });
+    steps.step([&] {
+        const std::vector<long> invalid = pattern.invalidFeatureIndices();
+        const vxFeaturePattern again(pattern.featureMeasurements(false), invalid);
+        require(again.numInvalid() == pattern.numInvalid(), "a pattern with other invalid measurements");
+    });
+    vxClassifierDataProviderMemory data = someData();
+    steps.step([&] {
+        data.addData(vxPtrHandle_const<vxFeaturePattern>(new vxFeaturePattern(pattern)), 2);
+        vxClassifierTool tool;
+        tool.train(data, vxClassifierTrainParamsKNN(2));
+        vxClassifierResult result;
+        tool.run(pattern, result);
+    });
+}
+
+void use(Steps& steps, const vxClassifierTool& tool) {
+    tool.isTrained();
+    runAll(steps, tool);
+    steps.step([&] { use(steps, *tool.trainParams()); });
+    steps.step([&] { use(steps, *tool.decisionTree()); });
+    vxClassifierTool changed;
+    if (steps.step([&] { changed = tool; })) {
+        steps.step([&] { static_cast<void>(changed == tool); });
+        steps.step([&] { changed.retrain(vxClassifierTrainParamsKNN(1)); });
+        steps.step([&] { changed.train(*changed.decisionTree()); });
+        steps.step([&] { changed.train(someData(), *changed.trainParams()); });
+        runAll(steps, changed);
+        changed.untrain();
+        require(!changed.isTrained(), "an untrained tool is trained");
+    }
+}
+
+void use(Steps& steps, const vxPersistent& object) {
+    useAs<vxException>(steps, object);
+    useAs<vxFeaturePattern>(steps, object);
+    useAs<vxClassifierDataProvider>(steps, object);
+    useAs<vxClassifierTrainParams>(steps, object);
+    useAs<vx_Classifier>(steps, object);
+    useAs<vxPatternDistanceMetric>(steps, object);
+    useAs<vxPredicateFunction>(steps, object);
+    useAs<vxDecisionTree>(steps, object);
+    useAs<vx_ProbabilityDensityFunction>(steps, object);
+    useAs<vx_CategoryModelBayesian>(steps, object);
+}
+
+} // namespace fuzz
