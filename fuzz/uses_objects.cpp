@@ -80,11 +80,12 @@ void use(Steps& steps, const vxClassifierDataProvider& data) {
     const long count = data.numPatterns();
     for (const long index : {-2147483648L, -1L, 0L, 1L, count - 1, count, 2147483647L}) {
         steps.step([&] { data.categoryLabel(index); });
-        steps.step([&] { use(steps, *data.featurePattern(index)); });
+        steps.step([&] { data.featurePattern(index); });
     }
     for (const vxPtrHandle<vxClassifierTrainParams>& params : someParams()) {
         trainTool(steps, data, *params);
     }
+    steps.step([&] { use(steps, *data.featurePattern(count - 1)); });
 }
 
 void use(Steps& steps, const vxClassifierTrainParams& params) {
