@@ -38,8 +38,7 @@ void checkObject(const laws::Subject& subject, const laws::Object& object) {
     if (subject.clone) {
         require(test::storedPointer(subject.clone(*object).get()) == stored, "a clone has other bytes");
     }
-    Steps steps;
-    steps.step([&] { use(steps, *object); });
+    useAll(*object);
     require(test::storedPointer(object.get()) == stored, "using an object has changed it");
 }
 

@@ -62,10 +62,7 @@ void checkValue(const T& value, const T& fresh) {
         require(test::stored(again) == stored, "a reloaded value is stored as other bytes");
         requireCopy(equal, value, again, stored);
     }
-    {
-        Steps steps;
-        steps.step([&] { use(steps, value); });
-    }
+    useAll(value);
     require(storedIfPossible(value) == stored, "using a value has changed it");
 }
 

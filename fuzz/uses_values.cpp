@@ -25,7 +25,7 @@ void use(Steps& steps, const vxClassifierFrequencies& frequencies) {
     vxClassifierFrequencies changed(frequencies);
     for (const long label : someLabels) {
         steps.step([&] { frequencies.categoryFrequency(label); });
-        frequencies.freqOverrideIndex_(label);
+        steps.step([&] { frequencies.freqOverrideIndex_(label); });
         steps.step([&] {
             changed.categoryFrequencyOverride(label, 0.75);
             require(changed.categoryFrequency(label) == 0.75, "a frequency that was set is another one");
@@ -39,7 +39,7 @@ void use(Steps& steps, const vxClassifierCosts& costs) {
     vxClassifierCosts changed(costs);
     for (const long label : someLabels) {
         steps.step([&] { costs.misclassificationCost(label, 2); });
-        costs.misclOverrideIndex_(label, 2);
+        steps.step([&] { costs.misclOverrideIndex_(label, 2); });
         steps.step([&] {
             changed.misclassificationCostOverride(label, 2, 0.75);
             require(changed.misclassificationCost(label, 2) == 0.75, "a cost that was set is another one");
