@@ -1,5 +1,7 @@
 #include <vxclassifier/total_data_generator.h>
 
+#include "clss/datagen/drawn_place.h"
+
 #include <vxclassifier/platform/random.h>
 
 #include <algorithm>
@@ -24,17 +26,6 @@ vxClassifierDataProviderMemory collect(std::vector<vx_ClassDataGenerator>& gener
     return collected;
 }
 
-/// A whole number from 0 to size - 1.
-long drawPlace(long size, vxRandomUniform& random) {
-    // Rounding may give the upper bound itself, and comparing this way keeps out everything else that is no
-    // place.
-    const double drawn = random.next(0.0, static_cast<double>(size));
-    if (!(drawn > 0.0)) {
-        return 0;
-    }
-    return drawn < static_cast<double>(size) ? static_cast<long>(drawn) : size - 1;
-}
-
 /// The numbers from 0 to size - 1, each swapped once with one drawn from all of them.
 std::vector<long> shuffledOrder(long size) {
     vxRandomUniform random(seed);
@@ -43,8 +34,9 @@ std::vector<long> shuffledOrder(long size) {
         order.push_back(i);
     }
     for (long i = 0; i < size; ++i) {
+        const double drawn = random.next(0.0, static_cast<double>(size));
         std::swap(order[static_cast<std::size_t>(i)],
-                  order[static_cast<std::size_t>(drawPlace(size, random))]);
+                  order[static_cast<std::size_t>(detail::placeOf(drawn, size))]);
     }
     return order;
 }
