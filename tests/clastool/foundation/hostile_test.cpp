@@ -1,4 +1,5 @@
 #include "tests/clastool/foundation/results.h"
+#include "tests/support/announcing_data.h"
 #include "tests/support/archives.h"
 #include "tests/support/expect_error.h"
 #include "tests/support/failing_allocation.h"
@@ -64,6 +65,54 @@ TEST(HostileError, CopyingRethrowingAndAssigningNeedNoMemory) {
         }
     }
     EXPECT_EQ(assigned.message(), text);
+}
+
+/// Says when it ends.
+class Observed : public BadParams {
+public:
+    Observed(const std::wstring& message, bool& ended) : BadParams(message), ended_(ended) {}
+    Observed(const Observed&) = delete;
+    Observed& operator=(const Observed&) = delete;
+    ~Observed() override { ended_ = true; }
+
+private:
+    bool& ended_;
+};
+
+TEST(HostileError, RethrowingWithoutMemoryFreesTheObject) {
+    bool ended = false;
+    vxException* onHeap = new Observed(L"why", ended);
+    {
+        const test::FailingAllocation failing(1, test::Failing::forGood);
+        try {
+            onHeap->suicideAndRethrow();
+        } catch (const BadParams& error) {
+            EXPECT_STREQ(error.what(), "why");
+        }
+    }
+    EXPECT_TRUE(ended);
+}
+
+TEST(HostileError, OneThatFreedItselfIsNotGivenOutByItsArchiveAgain) {
+    BadParams original(L"why");
+    const Bytes sealed = HandWritten().pointer(&original).pointer(&original).sealed();
+    vxLoadingArchive archive(sealed);
+    vxPersistent* loaded = nullptr;
+    vxPersistent::serializePointer(archive, nullptr, loaded);
+    EXPECT_ERROR(dynamic_cast<vxException&>(*loaded).suicideAndRethrow(), BadParams, L"why");
+    EXPECT_ERROR_CLASS(vxPersistent::serializePointer(archive, nullptr, loaded), vxArchive::BadReference);
+}
+
+TEST(HostileError, TwoLevelsOfOneAddressAndSizeAreBothArchived) {
+    const BadParams error(L"why");
+    const vxClassifierDefs::Errors& level = error;
+    ASSERT_EQ(static_cast<const void*>(&level), static_cast<const void*>(&error));
+    ASSERT_EQ(sizeof(BadParams), sizeof(vxClassifierDefs::Errors)) << "so their marks are the same";
+    HandWritten byHand;
+    byHand.byte(0).byte(0).byte(0).byte(0).byte(0); // the versions of its levels
+    const Bytes sealed = byHand.text(L"why").sealed();
+    EXPECT_EQ(test::stored(error), sealed);
+    EXPECT_EQ(test::loaded(sealed, BadParams(L"other")).message(), L"why");
 }
 
 // Feature patterns.
@@ -255,12 +304,12 @@ TEST(HostileResult, ANotANumberAmongTheMatchScoresNeedsNoArchiveAndPasses) {
     }
 }
 
-TEST(HostileResult, AHundredThousandLabelsAreFoundToBeUniqueWithoutComparingEachPair) {
+TEST(HostileResult, HundredsOfThousandsOfLabelsAreFoundToBeUniqueWithoutComparingEachPair) {
     CategoryResults entries;
-    for (long label = 0; label < 100000; ++label) {
+    for (long label = 0; label < 400000; ++label) {
         entries.emplace_back(label, 0.5, 0.5, static_cast<double>(label % 1000));
     }
-    EXPECT_EQ(vxClassifierResult(entries, 0.0).categoryResults().size(), 100000U);
+    EXPECT_EQ(vxClassifierResult(entries, 0.0).categoryResults().size(), 400000U);
     entries.emplace_back(50000, 0.5, 0.5, 0.0);
     EXPECT_ERROR(vxClassifierResult(entries, 0.0), BadParams,
                  L"The category labels of the match results must be unique.");
@@ -370,13 +419,8 @@ TEST(HostileProvider, NullAndUnequalPatternsAreMetWhereTheyAreUsed) {
 }
 
 TEST(HostileProvider, NeverReadsBeyondItsDataWhateverADerivedClassCounts) {
-    struct Recounted : Memory {
-        explicit Recounted(long said) : count(said) {}
-        long numPatterns() const override { return count; }
-        long count;
-    };
     for (const long count : {-1L, 1000L, std::numeric_limits<long>::max()}) {
-        const Recounted more(count);
+        const test::AnnouncingData more(count);
         EXPECT_EQ(more.numMeasurements(), 0);
         EXPECT_ERROR_CLASS(more.featurePattern(0), BadIndex);
         EXPECT_ERROR_CLASS(more.categoryLabel(999), BadIndex);
