@@ -14,11 +14,8 @@
 
 #include <gtest/gtest.h>
 
-#include <pthread.h>
-
 #include <functional>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -134,22 +131,6 @@ TEST_F(ClassifierTool, AnythingThrownByTheChoiceOfTechniqueMeansNotImplementedAn
         EXPECT_TRUE(log.alive.empty()) << "the old classifier is still there";
         EXPECT_FALSE(tool.isTrained());
     }
-}
-
-TEST_F(ClassifierTool, ThreadCancellationPassesTheChoiceOfTechnique) {
-    log.failure = [] { pthread_exit(nullptr); };
-    log.fail("newClassifier_");
-    bool wentOn = false;
-    std::thread cancelled([&] {
-        try {
-            tool.train(provider, FakeParams(&log));
-        } catch (const vxClassifierDefs::NotImplemented&) {
-            wentOn = true;
-        }
-        wentOn = true;
-    });
-    cancelled.join();
-    EXPECT_FALSE(wentOn);
 }
 
 TEST_F(ClassifierTool, AParameterClassThatMakesNoClassifierIsABadPointerAndEmptiesTheTool) {
