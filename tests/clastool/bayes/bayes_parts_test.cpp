@@ -96,6 +96,9 @@ TEST(LogFactorials, CheckForInterruptionEvery2To20Terms) {
     polls.made = 0;
     detail::logFactorials(0, 0, (3 << 20) + 17);
     EXPECT_EQ(polls.made, 3);
+    polls.made = 0;
+    detail::logFactorials(2 << 20, 2 << 20, 2 << 20);
+    EXPECT_EQ(polls.made, 2) << "one sum serves all three";
 }
 
 TEST(LogFactorials, StopWhereTheCheckFails) {

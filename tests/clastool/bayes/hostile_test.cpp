@@ -1,4 +1,5 @@
 #include "tests/clastool/bayes/bayes_fixtures.h"
+#include "tests/support/announcing_data.h"
 #include "tests/support/expect_error.h"
 #include "tests/support/failing_allocation.h"
 #include "tests/support/fake_technique.h"
@@ -6,6 +7,7 @@
 
 #include <vxclassifier/category_model_bayesian.h>
 #include <vxclassifier/classifier_defs.h>
+#include <vxclassifier/classifier_tool.h>
 #include <vxclassifier/pdf_binomial.h>
 #include <vxclassifier/pdf_multivariate_normal.h>
 #include <vxclassifier/platform/attention.h>
@@ -203,7 +205,9 @@ long failAtOnce(void* polls) {
 TEST(HostileBinomial, ASumBeyond32BitsCanBeInterrupted) {
     long polls = 0;
     const vxAttentionScope scope(&failAtOnce, &polls);
-    EXPECT_ERROR_CLASS(binomialOf(largest, 0.5, 1.0).logValue(patternOf({-1e300})), vxInterrupted);
+    // 7 trials with minus 2^31 - 1 successes: only the number of failures is too large for 32 bits, so only
+    // its sum is long.
+    EXPECT_ERROR_CLASS(binomialOf(7, 0.5, 1.0).logValue(patternOf({-1e300})), vxInterrupted);
     EXPECT_EQ(polls, 1);
 }
 
@@ -415,6 +419,70 @@ TEST(HostileClassifier, ParametersOfAnotherTechniqueAreABadPointer) {
     EXPECT_ERROR_CLASS(classifier.retrain_(paramsOf(normalTypes())), vxBadPointer);
     EXPECT_ERROR(classifier.retrain(paramsOf(normalTypes())), vxClassifierDefs::BadMethod,
                  L"Cannot retrain with a different classification technique.");
+    EXPECT_ERROR_CLASS(classifier.train_(dataOf(twoCategories()), *foreign), vxBadPointer);
+    EXPECT_ERROR_CLASS(classifier.retrain_(*foreign), vxBadPointer);
+}
+
+TEST(HostileClassifier, NoParametersAreABadPointer) {
+    OpenBayesian classifier = classifierOf({1}, {modelOf(1, 0, {}, {})}, nullptr);
+    EXPECT_ERROR_CLASS(resultOf(classifier, patternOf({})), vxBadPointer);
+    EXPECT_ERROR_CLASS(classifier.checkRunnable_(), vxBadPointer);
+    EXPECT_ERROR_CLASS(classifier.retrain_(paramsOf(normalTypes())), vxBadPointer);
+}
+
+TEST(HostileClassifier, AFailedTrainingLeavesModelsWithoutParametersAndItsToolUntrained) {
+    Types types = normalTypes();
+    types.distributionTypeOverride(2, 0, Types::ePoisson); // the category that comes second
+    OpenBayesian classifier;
+    EXPECT_ERROR_CLASS(classifier.train(dataOf(twoCategories()), paramsOf(types)),
+                       vxClassifierDefs::NotImplemented);
+    EXPECT_TRUE(classifier.isTrained());
+    EXPECT_ERROR_CLASS(resultOf(classifier, patternOf({1, 2})), vxBadPointer);
+    EXPECT_ERROR_CLASS(classifier.checkRunnable_(), vxBadPointer);
+    vxClassifierTool tool;
+    tool.train(dataOf(twoCategories()), paramsOf(normalTypes()));
+    EXPECT_ERROR_CLASS(tool.train(dataOf(twoCategories()), paramsOf(types)),
+                       vxClassifierDefs::NotImplemented);
+    EXPECT_FALSE(tool.isTrained());
+}
+
+TEST(HostileClassifier, OnlyThePatternsThatAProviderHasAreLearnt) {
+    for (const long announced : {0L, -1L, std::numeric_limits<long>::min()}) {
+        OpenBayesian classifier;
+        classifier.train(test::AnnouncingData(announced, dataOf(twoCategories())), paramsOf(normalTypes()));
+        EXPECT_FALSE(classifier.isTrained());
+    }
+    const test::AnnouncingData tooMany(std::numeric_limits<long>::max(), dataOf(twoCategories()));
+    OpenBayesian classifier;
+    EXPECT_ERROR_CLASS(classifier.train(tooMany, paramsOf(normalTypes())), vxClassifierDefs::BadIndex);
+}
+
+TEST(HostileClassifier, LogLikelihoodsThatAreAllMinusInfinityAreDecidedInTheOrderOfTheModels) {
+    const vxClassifierResult result =
+        resultOf(test::classifierScoring({-infinity, -infinity, -infinity}), patternOf({1}));
+    EXPECT_EQ(result.matchScoreFactorLog(), infinity);
+    ASSERT_EQ(result.categoryResults().size(), 3U);
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(result.categoryResults()[i].categoryLabel(), static_cast<long>(i));
+        EXPECT_TRUE(std::isnan(result.categoryResults()[i].matchScore()));
+    }
+}
+
+TEST(HostileClassifier, AnyLogLikelihoodsGiveAllCategoriesOrAnError) {
+    const std::vector<double> values{-infinity, infinity, notANumber, 0.0, 1e308, -1e308};
+    for (const double a : values) {
+        for (const double b : values) {
+            for (const double c : values) {
+                try {
+                    const OpenBayesian classifier = test::classifierScoring({a, b, c});
+                    EXPECT_EQ(resultOf(classifier, patternOf({1})).categoryResults().size(), 3U);
+                } catch (const vxClassifierDefs::BadParams&) {
+                    // A NaN has hidden the largest one from those behind it.
+                    EXPECT_TRUE(std::isnan(b) || std::isnan(c)) << a << ' ' << b << ' ' << c;
+                }
+            }
+        }
+    }
 }
 
 TEST(HostileClassifier, TheTrialRunBuildsNoPatternForMeasurementsThatAreNotUsed) {

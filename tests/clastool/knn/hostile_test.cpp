@@ -1,5 +1,7 @@
 #include "tests/clastool/knn/loaded_objects.h"
+#include "tests/support/announcing_data.h"
 #include "tests/support/expect_error.h"
+#include "tests/support/fake_technique.h"
 #include "tests/support/slow_neighbors.h"
 
 #include <vxclassifier/classifier_defs.h>
@@ -107,6 +109,35 @@ TEST(KNNHostile, RefusesALoadedNegativeLabelAmongTheNeighbours) {
         loadedClassifier(loadedStore({pattern({0.0}), pattern({9.0})}, {-7, 1}));
     EXPECT_EQ(labels(run(classifier, {8.0})), Labels{1});
     EXPECT_ERROR(run(classifier, {1.0}), vxClassifierDefs::BadLabel, L"Category labels must be >= 0");
+}
+
+TEST(KNNHostile, TakesOnlyThePatternsThatAProviderHas) {
+    for (const long announced : {0L, -1L, std::numeric_limits<long>::min()}) {
+        OpenKNN classifier = trained(test::AnnouncingData(announced, line({0.0})), Params(1));
+        EXPECT_ERROR(classifier.checkRunnable_(), vxClassifierDefs::InsufficientTrainData,
+                     L"No valid data was provided for training.");
+    }
+    const test::AnnouncingData tooMany(std::numeric_limits<long>::max(), line({0.0, 1.0}));
+    OpenKNN classifier;
+    EXPECT_ERROR_CLASS(classifier.train(tooMany, Params(1)), vxClassifierDefs::BadIndex);
+}
+
+TEST(KNNHostile, TakesNoParametersOfAnotherTechnique) {
+    const vxPtrHandle<vxClassifierTrainParams> foreign(new test::FakeParams);
+    for (const auto& stored : {foreign, vxPtrHandle<vxClassifierTrainParams>()}) {
+        OpenKNN classifier = loadedClassifier(line({0.0}), stored);
+        EXPECT_EQ(labels(run(classifier, {0.0})), Labels{0}) << "they are not what a run looks at";
+        EXPECT_ERROR(classifier.retrain(Params(1)), vxClassifierDefs::BadMethod,
+                     L"Cannot retrain with a different classification technique.");
+        EXPECT_ERROR_CLASS(classifier.train_(line({0.0}), *foreign), vxBadPointer);
+        EXPECT_ERROR_CLASS(classifier.retrain_(*foreign), vxBadPointer);
+    }
+}
+
+TEST(KNNHostile, AsksForTheMeasurementsOfAPatternOnceAndNotForEach) {
+    // Each time they would all be found valid: that would be 10^12 steps.
+    const std::vector<double> million(1000000, 1.0);
+    EXPECT_EQ(vxPatternDistanceMetricNorm(1.0).distance(*pattern(million), *pattern(million)), 0.0);
 }
 
 TEST(KNNHostile, CanBeTrainedAndRetrainedWithItsOwnParameters) {

@@ -48,12 +48,13 @@ inline vxClassifierDataProviderMemory loadedStore(std::vector<PatternHandle> pat
     return store;
 }
 
-/// A trained classifier that an archive brings with this store and K = 1.
-inline OpenKNN loadedClassifier(const vxClassifierDataProviderMemory& data) {
+/// A trained classifier that an archive brings with this store and these parameters, by default with K = 1.
+inline OpenKNN
+loadedClassifier(const vxClassifierDataProviderMemory& data,
+                 vxPtrHandle<vxClassifierTrainParams> params = vxClassifierTrainParamsKNN(1).clone()) {
     OpenKNN classifier;
     load(archiveOf([&](vxArchive& archive) {
              putLevels(archive, 3);
-             vxPtrHandle<vxClassifierTrainParams> params = vxClassifierTrainParamsKNN(1).clone();
              vxPtrHandle<vxClassifierDataProviderMemory> store(new vxClassifierDataProviderMemory(data));
              archive || params || store;
          }),
