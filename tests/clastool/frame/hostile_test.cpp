@@ -12,6 +12,8 @@
 
 #include <cstring>
 #include <new>
+#include <utility>
+#include <vector>
 
 // What only a damaged archive, an unusual caller or a machine without memory does to a classifier.
 
@@ -124,6 +126,24 @@ TEST(HostileClassifier, RunningOutOfMemoryWhileRetrainingKeepsTheOldParameters) 
         [&] { EXPECT_EQ(dynamic_cast<const FakeParams&>(*classifier.trainParams()).value(), 5); });
     EXPECT_GT(failures, 0);
     EXPECT_EQ(dynamic_cast<const FakeParams&>(*classifier.trainParams()).value(), 7);
+}
+
+TEST(HostileClassifier, ARunThatFailsAfterTheTechniqueHasAnsweredKeepsTheCallersResult) {
+    HookLog log;
+    FakeClassifier classifier(&log);
+    classifier.train(noData, FakeParams(&log, 5));
+    classifier.resultToGive = vxClassifierResult({{4, 1.0, 1.0, 0.5}}, -2.0);
+    const vxClassifierResult before({{1, 0.5, 1.0, 3.0}, {2, 0.5, 1.0, 4.0}}, 9.0);
+    vxClassifierResult result(before);
+    using Moment = HookLog::Moment;
+    const std::vector<std::pair<const char*, Moment>> failures{{"run_", Moment::after},
+                                                               {"recordRunDetails_", Moment::before},
+                                                               {"recordRunResults_", Moment::before}};
+    for (const auto& [hook, moment] : failures) {
+        log.fail(hook, moment);
+        EXPECT_THROW(classifier.run(vxFeaturePattern({}, {}), result), test::HookFailure);
+        EXPECT_EQ(result, before) << hook;
+    }
 }
 
 } // namespace
