@@ -151,13 +151,14 @@ TEST(HostileRules, HugeCountsAreRefusedBeforeMemoryIsTaken) {
     }
 }
 
-TEST(HostileRules, AssigningAFunctionThatHandlesShareLeavesTheirCountsAlone) {
+TEST(HostileRules, CopyingAFunctionThatHandlesShareLeavesTheirCountsAlone) {
     vxPtrHandle<vxClassifierFeatureScoreOneSided> a(new vxClassifierFeatureScoreOneSided);
     vxPtrHandle<vxClassifierFeatureScoreOneSided> b(new vxClassifierFeatureScoreOneSided);
     const vxPtrHandle<vxClassifierFeatureScoreOneSided> secondOfA = a;
     *b = *a;
     EXPECT_EQ(vx_PtrHandleBase_RepAccessor::count(*a), 2);
     EXPECT_EQ(vx_PtrHandleBase_RepAccessor::count(*b), 1);
+    EXPECT_EQ(vx_PtrHandleBase_RepAccessor::count(*Function(a->clone())), 1) << "a clone takes no count over";
     a.reset();
     b.reset();
     EXPECT_EQ(vx_PtrHandleBase_RepAccessor::count(*secondOfA), 1);
