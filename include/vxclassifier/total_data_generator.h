@@ -28,7 +28,8 @@ public:
     vx_TotalDataGenerator& operator=(const vx_TotalDataGenerator& other);
     ~vx_TotalDataGenerator();
 
-    /// The combined set; made at the first call. Throwing leaves the generator as it was:
+    /// The combined set; made at the first call. Without measurements it is empty, and each call lets the
+    /// class generators draw, and keep, once more. Throwing leaves the generator as it was:
     /// vxClassifierDefs::BadIndex if a category has fewer patterns than measurements,
     /// vxClassifierDefs::BadFeatures if the categories differ in their number of measurements.
     vxClassifierDataProviderMemory generateData();
