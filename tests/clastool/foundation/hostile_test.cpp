@@ -137,6 +137,18 @@ TEST(HostileFeaturePattern, MissingValidityMarksMeanInvalid) {
                  L"Access to full feature vector requires that all features are valid.");
 }
 
+TEST(HostileFeaturePattern, WhatLiesBehindTheValidityMarksIsNotTakenForOne) {
+    // The marks that were there before leave bits behind the single one that is loaded.
+    vxFeaturePattern pattern(std::vector<double>(1000, 7.0), {});
+    const Bytes sealed =
+        HandWritten().byte(0).byte(0).reals(std::vector<double>(1000, 1.0)).flags({true}).sealed();
+    test::load(sealed, pattern);
+    EXPECT_EQ(pattern.numInvalid(), 999);
+    EXPECT_EQ(pattern.invalidFeatureIndices().size(), 999U);
+    EXPECT_FALSE(pattern.isValid(1));
+    EXPECT_FALSE(pattern.isValid(999));
+}
+
 TEST(HostileFeaturePattern, SurplusValidityMarksCountInEqualityAndStoringOnly) {
     const vxFeaturePattern pattern = forgedPattern({1}, {true, false, true});
     EXPECT_EQ(pattern.numMeasurements(), 1);
