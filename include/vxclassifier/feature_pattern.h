@@ -4,7 +4,9 @@
 #include <vxclassifier/platform/export.h>
 #include <vxclassifier/platform/persistent.h>
 #include <vxclassifier/platform/rep_base.h>
+#include <vxclassifier/validity_marks.h>
 
+#include <cstddef>
 #include <vector>
 
 /// The measurements of one object: a fixed number of doubles, each of which may be marked invalid (missing,
@@ -16,6 +18,9 @@
 /// Ownership: usually held by vxPtrHandle_const<vxFeaturePattern> and shared.
 ///
 /// Threads: a pattern that nobody assigns to may be read by any number of threads.
+///
+/// Memory: 64 bytes and one block for the measurements; another block only for an invalid measurement behind
+/// the first 63.
 class VXCLASSIFIER_API vxFeaturePattern : public vxPersistent, public vxRepBase {
 public:
     /// `invalidIndices` lists the positions, counted from 0, of the invalid measurements, in any order,
@@ -31,21 +36,34 @@ public:
 
     long numMeasurements() const noexcept { return static_cast<long>(measurements_.size()); }
 
-    /// How many measurements are invalid; linear in their number.
-    long numInvalid() const noexcept;
+    /// How many measurements are invalid; linear in their number unless there is none.
+    long numInvalid() const noexcept { return validity_.areAllValid() ? 0 : countInvalid_(); }
 
     /// False for an invalid measurement and for an index past the end. Throws vxClassifierDefs::BadIndex for
     /// a negative index.
-    bool isValid(long index) const;
+    bool isValid(long index) const {
+        if (index < 0) {
+            throwNegativeIndex_();
+        }
+        return index < numMeasurements() && validity_.isValid(static_cast<std::size_t>(index));
+    }
 
     /// A valid measurement's value. For an invalid measurement or an index past the end: throws
     /// vxClassifierDefs::BadFeatures if `mustBeValid`, otherwise gives the stored value, or 0.0 past the end.
     /// Throws vxClassifierDefs::BadIndex for a negative index.
-    double featureMeasurement(long index, bool mustBeValid) const;
+    double featureMeasurement(long index, bool mustBeValid) const {
+        return isValid(index) ? measurements_[static_cast<std::size_t>(index)]
+                              : notValidMeasurement_(index, mustBeValid);
+    }
 
     /// All stored values, those of invalid measurements included; the reference lives as long as the pattern.
     /// Throws vxClassifierDefs::BadFeatures if `mustBeAllValid` and a measurement is invalid.
-    const std::vector<double>& featureMeasurements(bool mustBeAllValid) const;
+    const std::vector<double>& featureMeasurements(bool mustBeAllValid) const {
+        if (mustBeAllValid && numInvalid() != 0) {
+            throwNotAllValid_();
+        }
+        return measurements_;
+    }
 
     /// The positions of the invalid measurements in ascending order.
     std::vector<long> invalidFeatureIndices() const;
@@ -64,14 +82,17 @@ protected:
 private:
     vxFeaturePattern() noexcept;
 
-    // As long as measurements_, but for what an archive brought: a missing mark means invalid, a surplus one
-    // takes part in comparing and storing only.
-    bool isMarkedValid(std::size_t index) const noexcept {
-        return index < validity_.size() && validity_[index];
-    }
+    long countInvalid_() const noexcept;
+    double notValidMeasurement_(long index, bool mustBeValid) const;
+    [[noreturn]] static void throwNegativeIndex_();
+    [[noreturn]] static void throwNotAllValid_();
+    void store_(vxArchive& archive);
+    void load_(vxArchive& archive);
 
     std::vector<double> measurements_;
-    std::vector<bool> validity_; // true: valid
+    // One for each measurement, but for what an archive brought: a missing mark means invalid, a surplus one
+    // takes part in comparing and storing only.
+    detail::ValidityMarks validity_;
 
     static vx_Instantiator sExemplar;
 };

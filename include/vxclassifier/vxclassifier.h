@@ -57,6 +57,7 @@
 #include <vxclassifier/rule.h>
 #include <vxclassifier/rule_table.h>
 #include <vxclassifier/total_data_generator.h>
+#include <vxclassifier/validity_marks.h>
 #include <vxclassifier/validity_predicate.h>
 
 #endif

@@ -7,27 +7,31 @@
 
 vx_Instantiator vxFeaturePattern::sExemplar(typeid(vxFeaturePattern), &vxFeaturePattern::make);
 
-namespace {
-
-void requireNotNegative(long index) {
-    if (index < 0) {
-        throw vxClassifierDefs::BadIndex(L"Feature measurement indices must be >= 0");
-    }
-}
-
-} // namespace
-
 vxFeaturePattern::vxFeaturePattern() noexcept = default;
 
 vxFeaturePattern::vxFeaturePattern(const std::vector<double>& measurements,
-                                   const std::vector<long>& invalidIndices)
-    : validity_(measurements.size(), true) {
+                                   const std::vector<long>& invalidIndices) {
+    bool areInline = true;
     for (const long index : invalidIndices) {
-        requireNotNegative(index);
-        if (static_cast<std::size_t>(index) >= measurements.size()) {
+        if (index < 0) {
+            throwNegativeIndex_();
+        }
+        const auto place = static_cast<std::size_t>(index);
+        if (place >= measurements.size()) {
             throw vxClassifierDefs::BadIndex(L"Feature measurement indices must be < number of features");
         }
-        validity_[static_cast<std::size_t>(index)] = false;
+        if (place < detail::ValidityMarks::inlineSize) {
+            validity_.invalidateInline(place);
+        } else {
+            areInline = false;
+        }
+    }
+    if (!areInline) {
+        std::vector<bool> marks(measurements.size(), true);
+        for (const long index : invalidIndices) {
+            marks[static_cast<std::size_t>(index)] = false;
+        }
+        validity_ = detail::ValidityMarks(marks, marks.size());
     }
     measurements_ = measurements;
 }
@@ -45,40 +49,35 @@ vxPersistent* vxFeaturePattern::make() {
     return new vxFeaturePattern;
 }
 
-long vxFeaturePattern::numInvalid() const noexcept {
+void vxFeaturePattern::throwNegativeIndex_() {
+    throw vxClassifierDefs::BadIndex(L"Feature measurement indices must be >= 0");
+}
+
+void vxFeaturePattern::throwNotAllValid_() {
+    throw vxClassifierDefs::BadFeatures(
+        L"Access to full feature vector requires that all features are valid.");
+}
+
+long vxFeaturePattern::countInvalid_() const noexcept {
     long invalid = 0;
     for (std::size_t i = 0; i < measurements_.size(); ++i) {
-        invalid += isMarkedValid(i) ? 0 : 1;
+        invalid += validity_.isValid(i) ? 0 : 1;
     }
     return invalid;
 }
 
-bool vxFeaturePattern::isValid(long index) const {
-    requireNotNegative(index);
-    return index < numMeasurements() && isMarkedValid(static_cast<std::size_t>(index));
-}
-
-double vxFeaturePattern::featureMeasurement(long index, bool mustBeValid) const {
-    if (mustBeValid && !isValid(index)) {
+double vxFeaturePattern::notValidMeasurement_(long index, bool mustBeValid) const {
+    if (mustBeValid) {
         throw vxClassifierDefs::BadFeatures(
             L"The measurement for the specified measurement index is not valid.");
     }
-    requireNotNegative(index);
     return index < numMeasurements() ? measurements_[static_cast<std::size_t>(index)] : 0.0;
-}
-
-const std::vector<double>& vxFeaturePattern::featureMeasurements(bool mustBeAllValid) const {
-    if (mustBeAllValid && numInvalid() != 0) {
-        throw vxClassifierDefs::BadFeatures(
-            L"Access to full feature vector requires that all features are valid.");
-    }
-    return measurements_;
 }
 
 std::vector<long> vxFeaturePattern::invalidFeatureIndices() const {
     std::vector<long> indices;
     for (std::size_t i = 0; i < measurements_.size(); ++i) {
-        if (!isMarkedValid(i)) {
+        if (!validity_.isValid(i)) {
             indices.push_back(static_cast<long>(i));
         }
     }
@@ -96,6 +95,30 @@ void vxFeaturePattern::dispatchSerialize(vxArchive& archive) {
 void vxFeaturePattern::serialize_(vxArchive& archive, unsigned char version) {
     detail::requireVersionZero(version);
     vxPersistent::dispatchSerialize(archive);
+    if (archive.isStoring()) {
+        store_(archive);
+    } else {
+        load_(archive);
+    }
+}
+
+void vxFeaturePattern::store_(vxArchive& archive) {
+    std::vector<bool> validity = validity_.list(measurements_.size());
     archive || measurements_;
-    archive || validity_;
+    archive || validity;
+}
+
+void vxFeaturePattern::load_(vxArchive& archive) {
+    // If reading fails halfway, what was read stays, and the old marks where there are no new ones; these
+    // may then be fewer or more than the measurements.
+    std::vector<bool> validity = validity_.list(measurements_.size());
+    const auto keep = [&] { validity_ = detail::ValidityMarks(validity, measurements_.size()); };
+    try {
+        archive || measurements_;
+        archive || validity;
+    } catch (...) {
+        keep();
+        throw;
+    }
+    keep();
 }

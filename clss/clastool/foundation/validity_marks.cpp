@@ -1,0 +1,68 @@
+#include <vxclassifier/validity_marks.h>
+
+#include <algorithm>
+#include <cstddef>
+
+namespace detail {
+
+static_assert(alignof(std::vector<bool>) > 1, "the address of a list leaves the tag's bit clear");
+
+ValidityMarks::ValidityMarks(const std::vector<bool>& marks, std::size_t numMeasurements) {
+    const std::size_t numInline = std::min(marks.size(), inlineSize);
+    const auto firstBeyond = marks.begin() + static_cast<std::ptrdiff_t>(numInline);
+    if (marks.size() != numMeasurements || std::find(firstBeyond, marks.end(), false) != marks.end()) {
+        keepList(marks);
+        return;
+    }
+    for (std::size_t i = 0; i < numInline; ++i) {
+        if (!marks[i]) {
+            invalidateInline(i);
+        }
+    }
+}
+
+ValidityMarks::ValidityMarks(const ValidityMarks& other) : word_(other.word_) {
+    if (other.isListed()) {
+        keepList(*other.listed());
+    }
+}
+
+void ValidityMarks::keepList(const std::vector<bool>& marks) {
+    word_ = none;
+    if (!marks.empty()) {
+        word_ = reinterpret_cast<std::uintptr_t>(new std::vector<bool>(marks));
+    }
+}
+
+const std::vector<bool>* ValidityMarks::listed() const noexcept {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): keepList stored the address of such a vector.
+    return reinterpret_cast<const std::vector<bool>*>(static_cast<std::uintptr_t>(word_));
+}
+
+void ValidityMarks::deleteList() noexcept {
+    delete listed();
+}
+
+bool ValidityMarks::isListedValid(std::size_t index) const noexcept {
+    return isListed() && index < listed()->size() && (*listed())[index];
+}
+
+std::vector<bool> ValidityMarks::list(std::size_t numMeasurements) const {
+    if (isListed()) {
+        return *listed();
+    }
+    std::vector<bool> marks(word_ == none ? 0 : numMeasurements, true);
+    for (std::size_t i = 0; i < std::min(marks.size(), inlineSize); ++i) {
+        marks[i] = isValid(i);
+    }
+    return marks;
+}
+
+bool ValidityMarks::operator==(const ValidityMarks& other) const noexcept {
+    if (isListed() && other.isListed()) {
+        return *listed() == *other.listed();
+    }
+    return word_ == other.word_;
+}
+
+} // namespace detail

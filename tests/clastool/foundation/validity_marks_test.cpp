@@ -1,0 +1,168 @@
+#include <vxclassifier/validity_marks.h>
+
+#include "tests/support/archives.h"
+#include "tests/support/hand_written.h"
+
+#include <vxclassifier/feature_pattern.h>
+#include <vxclassifier/platform/archive.h>
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <random>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using detail::ValidityMarks;
+using test::HandWritten;
+
+/// What a pattern says of its marks when they are a plain list.
+struct PlainPattern {
+    std::vector<double> measurements;
+    std::vector<bool> marks;
+
+    bool isValid(std::size_t i) const { return i < measurements.size() && i < marks.size() && marks[i]; }
+
+    std::vector<long> invalidIndices() const {
+        std::vector<long> indices;
+        for (std::size_t i = 0; i < measurements.size(); ++i) {
+            if (!isValid(i)) {
+                indices.push_back(static_cast<long>(i));
+            }
+        }
+        return indices;
+    }
+
+    test::Bytes sealed() const {
+        return HandWritten().byte(0).byte(0).reals(measurements).flags(marks).sealed();
+    }
+};
+
+void expectSame(const vxFeaturePattern& pattern, const PlainPattern& plain) {
+    const std::size_t size = plain.measurements.size();
+    ASSERT_EQ(pattern.featureMeasurements(false), plain.measurements);
+    for (std::size_t i = 0; i < size + 3; ++i) {
+        ASSERT_EQ(pattern.isValid(static_cast<long>(i)), plain.isValid(i)) << i << " of " << size;
+    }
+    EXPECT_EQ(pattern.invalidFeatureIndices(), plain.invalidIndices());
+    EXPECT_EQ(pattern.numInvalid(), static_cast<long>(plain.invalidIndices().size()));
+    EXPECT_EQ(test::stored(pattern), plain.sealed());
+}
+
+/// Patterns around the sizes at which the marks change their state, with marks as many as measurements or
+/// not, mostly valid or mostly not.
+std::vector<PlainPattern> manyPatterns() {
+    std::mt19937 random(20261120); // NOLINT(cert-msc32-c,cert-msc51-cpp): repeatable on purpose
+    std::vector<PlainPattern> patterns;
+    for (const std::size_t size : {0U, 1U, 2U, 3U, 31U, 61U, 62U, 63U, 64U, 65U, 66U, 127U, 128U, 200U}) {
+        for (const std::size_t numMarks :
+             {std::size_t{0}, size / 2, size, size, size, size, size + 1, size + 70}) {
+            const unsigned invalidPerMille =
+                patterns.size() % 3 == 0 ? 0 : (patterns.size() % 3 == 1 ? 20 : 500);
+            PlainPattern plain{std::vector<double>(size, 1.0), {}};
+            for (std::size_t i = 0; i < numMarks; ++i) {
+                plain.marks.push_back(random() % 1000 >= invalidPerMille);
+            }
+            patterns.push_back(plain);
+        }
+        // Only the last measurement is invalid, only the first one behind those that are kept inline.
+        PlainPattern last{std::vector<double>(size, 1.0), std::vector<bool>(size, true)};
+        if (size > 0) {
+            last.marks.back() = false;
+            patterns.push_back(last);
+        }
+        if (size > ValidityMarks::inlineSize) {
+            last.marks.back() = true;
+            last.marks[ValidityMarks::inlineSize] = false;
+            patterns.push_back(last);
+        }
+    }
+    return patterns;
+}
+
+TEST(ValidityMarks, MakeAPatternOfAnArchiveSayWhatAPlainListWouldSay) {
+    for (const PlainPattern& plain : manyPatterns()) {
+        expectSame(test::loaded(plain.sealed(), vxFeaturePattern({7.0}, {0})), plain);
+    }
+}
+
+TEST(ValidityMarks, MakeAConstructedPatternSayWhatAPlainListWouldSay) {
+    for (PlainPattern plain : manyPatterns()) {
+        plain.marks.resize(plain.measurements.size(), true);
+        expectSame(vxFeaturePattern(plain.measurements, plain.invalidIndices()), plain);
+    }
+}
+
+TEST(ValidityMarks, OfConstructedAndLoadedPatternsCompareAsPlainListsDo) {
+    const std::vector<PlainPattern> plains = manyPatterns();
+    std::vector<vxFeaturePattern> patterns;
+    for (const PlainPattern& plain : plains) {
+        const bool isComplete = plain.marks.size() == plain.measurements.size();
+        patterns.push_back(isComplete && patterns.size() % 2 == 0
+                               ? vxFeaturePattern(plain.measurements, plain.invalidIndices())
+                               : test::loaded(plain.sealed(), vxFeaturePattern({}, {})));
+    }
+    long equal = 0;
+    for (std::size_t a = 0; a < plains.size(); ++a) {
+        for (std::size_t b = 0; b < plains.size(); ++b) {
+            const bool same =
+                plains[a].measurements == plains[b].measurements && plains[a].marks == plains[b].marks;
+            EXPECT_EQ(patterns[a] == patterns[b], same) << a << ", " << b;
+            equal += same ? 1 : 0;
+        }
+    }
+    EXPECT_GT(equal, static_cast<long>(plains.size())) << "some pairs of different origin must be equal";
+}
+
+TEST(ValidityMarks, OfACopyAreItsOwn) {
+    for (const PlainPattern& plain : manyPatterns()) {
+        vxFeaturePattern original = test::loaded(plain.sealed(), vxFeaturePattern({}, {}));
+        const vxFeaturePattern copy(original);
+        vxFeaturePattern assigned(std::vector<double>(70, 2.0), {69});
+        assigned = original;
+        original = vxFeaturePattern({5.0}, {});
+        expectSame(copy, plain);
+        expectSame(assigned, plain);
+    }
+}
+
+TEST(ValidityMarks, GoFromOneObjectToAnotherWhole) {
+    for (const PlainPattern& plain : manyPatterns()) {
+        const std::size_t size = plain.measurements.size();
+        ValidityMarks original(plain.marks, size);
+        ValidityMarks moved(std::move(original));
+        EXPECT_EQ(moved.list(size), plain.marks);
+        ValidityMarks assigned;
+        assigned = std::move(moved);
+        EXPECT_EQ(assigned.list(size), plain.marks);
+    }
+}
+
+/// A pattern as a plain one would be left when the archive ends in the middle of it.
+TEST(ValidityMarks, AfterALoadThatFailedAreTheOldOnesOrThoseReadSoFar) {
+    const PlainPattern old{std::vector<double>(3, 2.0), {true, false, true}};
+    for (const std::size_t size : {0U, 1U, 3U, 70U}) {
+        HandWritten measurementsOnly;
+        measurementsOnly.byte(0).byte(0).reals(std::vector<double>(size, 1.0)).byte(1);
+        vxFeaturePattern pattern(old.measurements, old.invalidIndices());
+        EXPECT_THROW(test::load(measurementsOnly.sealed(), pattern), vxArchive::UnknownVersion);
+        expectSame(pattern, {std::vector<double>(size, 1.0), old.marks});
+
+        HandWritten badMark;
+        badMark.byte(0).byte(0).reals(std::vector<double>(size, 1.0)).byte(0).count(3);
+        badMark.byte(0).byte(1).byte(7);
+        EXPECT_THROW(test::load(badMark.sealed(), pattern), vxArchive::CorruptData);
+        expectSame(pattern, {std::vector<double>(size, 1.0), {false, true}});
+    }
+}
+
+TEST(ValidityMarks, LeaveAPatternSmall) {
+    EXPECT_EQ(sizeof(ValidityMarks), 8U);
+    // What the base classes and a vector take, and the marks.
+    EXPECT_EQ(sizeof(vxFeaturePattern),
+              sizeof(vxPersistent) + sizeof(vxRepBase) + sizeof(std::vector<double>) + sizeof(ValidityMarks));
+}
+
+} // namespace
