@@ -8,6 +8,10 @@
 
 class vxArchive;
 
+namespace detail {
+class OverrideAccess;
+}
+
 /// What a wrong decision costs: one cost for every ordered pair of different labels (the true one, the
 /// assigned one), and others for single pairs. A right decision costs nothing and has no entry.
 ///
@@ -56,6 +60,7 @@ public:
 
 private:
     friend VXCLASSIFIER_API vxArchive& operator||(vxArchive& archive, vxClassifierCosts& costs);
+    friend class detail::OverrideAccess;
 
     std::size_t rows() const noexcept;
 

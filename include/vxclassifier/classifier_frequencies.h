@@ -8,6 +8,10 @@
 
 class vxArchive;
 
+namespace detail {
+class OverrideAccess;
+}
+
 /// How frequent the categories are: one frequency (prior) for every category label, and others for single
 /// labels. Only their ratios matter for a decision; they need not add up to 1.
 ///
@@ -55,6 +59,7 @@ public:
 
 private:
     friend VXCLASSIFIER_API vxArchive& operator||(vxArchive& archive, vxClassifierFrequencies& frequencies);
+    friend class detail::OverrideAccess;
 
     std::size_t rows() const noexcept;
 

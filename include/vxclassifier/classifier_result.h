@@ -9,6 +9,10 @@ class vxArchive;
 class vxClassifierCosts;
 class vxClassifierFrequencies;
 
+namespace detail {
+class ResultAccess;
+}
+
 /// What a classification says of one category.
 ///
 /// Initial state: the four given values.
@@ -19,7 +23,13 @@ public:
     /// Throws, in this order: vxClassifierDefs::BadLabel for a negative label; vxClassifierDefs::BadParams if
     /// the match score, and then the class score, lies outside [0, 1]; vxClassifierDefs::BadParams for a
     /// negative cost. NaN passes.
-    vxClassifierCategoryResult(long label, double matchScore, double classScore, double expectedCost);
+    vxClassifierCategoryResult(long label, double matchScore, double classScore, double expectedCost)
+        : categoryLabel_(label), matchScore_(matchScore), classScore_(classScore),
+          expectedCost_(expectedCost) {
+        if (label < 0 || isNoScore_(matchScore) || isNoScore_(classScore) || expectedCost < 0.0) {
+            refuse_(label, matchScore, classScore);
+        }
+    }
     vxClassifierCategoryResult(const vxClassifierCategoryResult&) noexcept = default;
     vxClassifierCategoryResult& operator=(const vxClassifierCategoryResult&) noexcept = default;
 
@@ -40,6 +50,9 @@ public:
 
 private:
     friend VXCLASSIFIER_API vxArchive& operator||(vxArchive& archive, vxClassifierCategoryResult& result);
+
+    static bool isNoScore_(double score) noexcept { return score < 0.0 || score > 1.0; }
+    [[noreturn]] static void refuse_(long label, double matchScore, double classScore);
 
     long categoryLabel_;  // >= 0
     double matchScore_;   // in [0, 1]
@@ -93,6 +106,7 @@ public:
 
 private:
     friend VXCLASSIFIER_API vxArchive& operator||(vxArchive& archive, vxClassifierResult& result);
+    friend class detail::ResultAccess;
 
     std::vector<vxClassifierCategoryResult> categoryResults_;
     double matchScoreFactorLog_ = 0.0;

@@ -2,6 +2,7 @@
 
 #include "platform/status/exception_numbers.h"
 #include "platform/status/rethrow.h"
+#include "platform/system/attention_check.h"
 
 #include <vxclassifier/platform/status.h>
 
@@ -33,6 +34,10 @@ struct ConverterRegistration {
 
 long vsys_attention_check() {
     return installedCheck == nullptr ? vxStatus::success : installedCheck(installedContext);
+}
+
+bool detail::isAttentionCheckInstalled() noexcept {
+    return installedCheck != nullptr;
 }
 
 vxAttentionScope::vxAttentionScope(vfAttentionCheck check, void* context) noexcept

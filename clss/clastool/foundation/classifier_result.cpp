@@ -1,16 +1,11 @@
 #include <vxclassifier/classifier_result.h>
 
-#include "clss/clastool/foundation/stable_merge_sort.h"
+#include "clss/clastool/foundation/decision_rule.h"
 #include "platform/archive/class_level.h"
 
-#include <vxclassifier/classifier_costs.h>
 #include <vxclassifier/classifier_defs.h>
-#include <vxclassifier/classifier_frequencies.h>
 #include <vxclassifier/platform/archive.h>
-#include <vxclassifier/platform/attention.h>
-#include <vxclassifier/platform/status.h>
 
-#include <algorithm>
 #include <cstddef>
 
 namespace {
@@ -19,97 +14,17 @@ using CategoryResults = std::vector<vxClassifierCategoryResult>;
 
 constexpr const char* sourceName = "clss/clastool/clastool";
 
+} // namespace
+
 // The range checks are single comparisons, which NaN passes.
-
-void requireScore(double score) {
-    if (score < 0.0 || score > 1.0) {
-        throw vxClassifierDefs::BadParams(L"Scores must be >= 0.0 and <= 1.0");
-    }
-}
-
-void requireCategoryResult(long label, double matchScore, double classScore, double expectedCost) {
+void vxClassifierCategoryResult::refuse_(long label, double matchScore, double classScore) {
     if (label < 0) {
         throw vxClassifierDefs::BadLabel(L"Category labels must be >= 0");
     }
-    requireScore(matchScore);
-    requireScore(classScore);
-    if (expectedCost < 0.0) {
-        throw vxClassifierDefs::BadParams(L"Costs must be >= 0.0");
+    if (isNoScore_(matchScore) || isNoScore_(classScore)) {
+        throw vxClassifierDefs::BadParams(L"Scores must be >= 0.0 and <= 1.0");
     }
-}
-
-void requireUniqueLabels(const CategoryResults& results) {
-    std::vector<long> labels;
-    labels.reserve(results.size());
-    for (const vxClassifierCategoryResult& result : results) {
-        labels.push_back(result.categoryLabel());
-    }
-    std::sort(labels.begin(), labels.end());
-    if (std::adjacent_find(labels.begin(), labels.end()) != labels.end()) {
-        throw vxClassifierDefs::BadParams(L"The category labels of the match results must be unique.");
-    }
-}
-
-void orderByExpectedCost(CategoryResults& results) {
-    detail::stableMergeSort(results,
-                            [](const vxClassifierCategoryResult& a, const vxClassifierCategoryResult& b) {
-                                return a.expectedCost() < b.expectedCost();
-                            });
-}
-
-std::vector<double> priorsOf(const CategoryResults& matchResults,
-                             const vxClassifierFrequencies& frequencies) {
-    std::vector<double> priors;
-    priors.reserve(matchResults.size());
-    for (const vxClassifierCategoryResult& match : matchResults) {
-        priors.push_back(frequencies.categoryFrequency(match.categoryLabel()));
-    }
-    return priors;
-}
-
-double sumOf(const std::vector<double>& values) {
-    double sum = 0.0;
-    for (const double value : values) {
-        sum += value;
-    }
-    return sum;
-}
-
-/// The posteriors but for their common factor. One interruption check for each category.
-std::vector<double> weightedScores(const CategoryResults& matchResults,
-                                   const vxClassifierFrequencies& frequencies) {
-    std::vector<double> scores = priorsOf(matchResults, frequencies);
-    const double sumPrior = sumOf(scores);
-    if (matchResults.empty() || sumPrior == 0.0) {
-        throw vxClassifierDefs::BadParams(L"At least one of the category frequencies must be > 0.");
-    }
-    for (std::size_t i = 0; i < scores.size(); ++i) {
-        vfThrowExceptionOnFailure(vsys_attention_check());
-        scores[i] = matchResults[i].matchScore() * scores[i] / sumPrior;
-    }
-    return scores;
-}
-
-/// What assigning category `assigned` costs, weighted by the posteriors but for their common factor.
-double riskOf(std::size_t assigned, const CategoryResults& matchResults,
-              const std::vector<double>& posteriors, const vxClassifierCosts& costs) {
-    double risk = 0.0;
-    for (std::size_t j = 0; j < matchResults.size(); ++j) {
-        if (j != assigned) {
-            risk += costs.misclassificationCost(matchResults[j].categoryLabel(),
-                                                matchResults[assigned].categoryLabel()) *
-                    posteriors[j];
-        }
-    }
-    return risk;
-}
-
-} // namespace
-
-vxClassifierCategoryResult::vxClassifierCategoryResult(long label, double matchScore, double classScore,
-                                                       double expectedCost)
-    : categoryLabel_(label), matchScore_(matchScore), classScore_(classScore), expectedCost_(expectedCost) {
-    requireCategoryResult(label, matchScore, classScore, expectedCost);
+    throw vxClassifierDefs::BadParams(L"Costs must be >= 0.0");
 }
 
 bool vxClassifierCategoryResult::operator==(const vxClassifierCategoryResult& other) const noexcept {
@@ -122,9 +37,9 @@ vxClassifierResult::vxClassifierResult() noexcept = default;
 vxClassifierResult::vxClassifierResult(const std::vector<vxClassifierCategoryResult>& results,
                                        double matchScoreFactorLog)
     : matchScoreFactorLog_(matchScoreFactorLog) {
-    requireUniqueLabels(results);
+    detail::requireUniqueLabels(results);
     categoryResults_ = results;
-    orderByExpectedCost(categoryResults_);
+    detail::orderByExpectedCost(categoryResults_);
     double sum = 0.0;
     for (const vxClassifierCategoryResult& result : categoryResults_) {
         sum += result.classScore();
@@ -142,20 +57,7 @@ vxClassifierResult::vxClassifierResult(const std::vector<vxClassifierCategoryRes
                                        const vxClassifierFrequencies& frequencies,
                                        const vxClassifierCosts& costs, double matchScoreFactorLog)
     : matchScoreFactorLog_(matchScoreFactorLog) {
-    requireUniqueLabels(matchResults);
-    const std::vector<double> posteriors = weightedScores(matchResults, frequencies);
-    const double sumPosterior = sumOf(posteriors);
-    if (sumPosterior == 0.0) {
-        throw vxClassifierDefs::BadParams(
-            L"At least one of the resulting classification scores must be > 0.");
-    }
-    categoryResults_.reserve(matchResults.size());
-    for (std::size_t i = 0; i < matchResults.size(); ++i) {
-        const double risk = riskOf(i, matchResults, posteriors, costs);
-        categoryResults_.emplace_back(matchResults[i].categoryLabel(), matchResults[i].matchScore(),
-                                      posteriors[i] / sumPosterior, risk / sumPosterior);
-    }
-    orderByExpectedCost(categoryResults_);
+    detail::decide(matchResults, frequencies, costs, categoryResults_);
 }
 
 bool vxClassifierResult::operator==(const vxClassifierResult& other) const noexcept {
