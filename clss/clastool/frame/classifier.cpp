@@ -1,5 +1,6 @@
 #include <vxclassifier/classifier.h>
 
+#include "clss/clastool/frame/spare_result.h"
 #include "platform/archive/class_level.h"
 
 #include <vxclassifier/classifier_defs.h>
@@ -95,11 +96,11 @@ void vx_Classifier::run(const vxFeaturePattern& pattern, vxClassifierResult& res
     requireTrained(isTrained_(), L"Classifier tool must be trained before running.");
     vxDiagObject* destination = vxDiagObject::getRecordingDestination(diag, flags);
     recordRunInputs_(destination, flags, pattern);
-    vxClassifierResult fresh;
-    run_(pattern, fresh);
+    const detail::SpareResult fresh;
+    run_(pattern, *fresh);
     recordRunDetails_(destination, flags);
-    recordRunResults_(destination, flags, pattern, fresh);
-    result = std::move(fresh);
+    recordRunResults_(destination, flags, pattern, *fresh);
+    std::swap(result, *fresh);
 }
 
 vxPtrHandle_const<vxClassifierTrainParams> vx_Classifier::trainParams() const {
