@@ -1,9 +1,12 @@
 #include "platform/statistics/correlated_normal.h"
 
+#include "platform/statistics/lanes.h"
 #include "platform/statistics/scaled_product.h"
 #include "platform/statistics/scratch.h"
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace detail {
 
@@ -14,64 +17,58 @@ namespace {
 // overflows.
 constexpr double farAway = 1.5e140;
 
+// A squared distance up to here is that of standardised values none of which is far away.
+constexpr double surelyNear = 1e270;
+
+bool areLeadingMeasurements(const std::vector<VaryingMeasurement>& measurements) noexcept {
+    for (std::size_t i = 0; i < measurements.size(); ++i) {
+        if (measurements[i].index != i) {
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
-CorrelatedNormal::CorrelatedNormal(std::vector<VaryingMeasurement> measurements, PackedLower factor)
-    : measurements_(std::move(measurements)), factor_(std::move(factor)) {
+CorrelatedNormal::CorrelatedNormal(std::vector<VaryingMeasurement> measurements, const PackedLower& factor)
+    : measurements_(std::move(measurements)), whitening_(measurements_, factor),
+      areLeading_(areLeadingMeasurements(measurements_)) {
     constexpr double halfLog2Pi = 0.91893853320467274178;
     ScaledProduct rootOfDeterminant;
     for (std::size_t i = 0; i < measurements_.size(); ++i) {
         rootOfDeterminant.multiply(measurements_[i].deviation);
-        rootOfDeterminant.multiply(factor_(i, i));
+        rootOfDeterminant.multiply(factor(i, i));
     }
     logNormaliser_ = -static_cast<double>(measurements_.size()) * halfLog2Pi - rootOfDeterminant.logarithm();
 }
 
 double CorrelatedNormal::logValue(const double* values) const {
-    Scratch<double> standardised(measurements_.size());
-    switch (standardise(values, standardised.data())) {
-    case Standardised::notANumber:
-        return std::nan("");
-    case Standardised::far:
-        return lowestLogDensity;
-    case Standardised::near:
-        break;
-    }
-    const double value = logNormaliser_ - 0.5 * squaredDistance(standardised.data());
-    return value < lowestLogDensity ? lowestLogDensity : value;
-}
-
-CorrelatedNormal::Standardised CorrelatedNormal::standardise(const double* values,
-                                                             double* standardised) const noexcept {
-    Standardised kind = Standardised::near;
-    for (std::size_t i = 0; i < measurements_.size(); ++i) {
-        const VaryingMeasurement& measurement = measurements_[i];
-        const double distance = (values[measurement.index] - measurement.mean) / measurement.deviation;
-        standardised[i] = distance;
-        if (std::isnan(distance)) {
-            return Standardised::notANumber;
-        }
-        if (std::fabs(distance) > farAway) {
-            kind = Standardised::far;
-        }
-    }
-    return kind;
-}
-
-/// Solves with the factor column by column, so that each value's own sum runs in one fixed order and a
-/// compiler can still work on several of them at a time.
-double CorrelatedNormal::squaredDistance(double* standardised) const noexcept {
     const std::size_t order = measurements_.size();
-    double sum = 0.0;
-    for (std::size_t i = 0; i < order; ++i) {
-        const double* column = factor_.column(i);
-        const double solved = standardised[i] / column[0];
-        sum += solved * solved;
-        for (std::size_t below = 1; below < order - i; ++below) {
-            standardised[i + below] -= column[below] * solved;
-        }
+    const std::size_t padded = paddedToLanes(order);
+    Scratch<double> own(padded);
+    double* const chosen = own.data();
+    if (areLeading_) {
+        std::copy_n(values, order, chosen);
+    } else {
+        std::transform(measurements_.begin(), measurements_.end(), chosen,
+                       [values](const VaryingMeasurement& measurement) { return values[measurement.index]; });
     }
-    return sum;
+    std::fill(chosen + order, chosen + padded, 0.0);
+    const double squaredLength = whitening_.squaredLength(chosen);
+    return squaredLength <= surelyNear ? logNormaliser_ - 0.5 * squaredLength
+                                       : extremeLogValue(chosen, squaredLength);
+}
+
+double CorrelatedNormal::extremeLogValue(const double* standardised, double squaredLength) const noexcept {
+    const double* const end = standardised + measurements_.size();
+    if (std::any_of(standardised, end, [](double distance) { return std::isnan(distance); })) {
+        return std::nan("");
+    }
+    if (std::any_of(standardised, end, [](double distance) { return std::fabs(distance) > farAway; })) {
+        return lowestLogDensity;
+    }
+    return std::max(lowestLogDensity, logNormaliser_ - 0.5 * squaredLength);
 }
 
 } // namespace detail

@@ -2,22 +2,15 @@
 #define PLATFORM_STATISTICS_CORRELATED_NORMAL_H
 
 #include "platform/statistics/linear_algebra.h"
+#include "platform/statistics/whitening.h"
 
 #include <cstddef>
-#include <utility>
 #include <vector>
 
 namespace detail {
 
 /// No log density is less than this, so that sums over many dependency sets stay finite too.
 constexpr double lowestLogDensity = -1e280;
-
-/// A measurement that varies within the data, and its place in a pattern.
-struct VaryingMeasurement {
-    std::size_t index;
-    double mean;
-    double deviation; // > 0 and finite
-};
 
 /// The textbook normal density of measurements with given means, deviations and correlations.
 ///
@@ -29,7 +22,7 @@ public:
     CorrelatedNormal() = default;
 
     /// `factor` is the Cholesky factor of the correlation matrix, in the order of `measurements`.
-    CorrelatedNormal(std::vector<VaryingMeasurement> measurements, PackedLower factor);
+    CorrelatedNormal(std::vector<VaryingMeasurement> measurements, const PackedLower& factor);
 
     const std::vector<VaryingMeasurement>& measurements() const noexcept { return measurements_; }
 
@@ -37,13 +30,15 @@ public:
     /// finite and not below lowestLogDensity.
     double logValue(const double* values) const;
 
+    /// The logarithm of the density at the mean.
+    double logNormaliser() const noexcept { return logNormaliser_; }
+
 private:
-    enum class Standardised { near, far, notANumber };
-    Standardised standardise(const double* values, double* standardised) const noexcept;
-    double squaredDistance(double* standardised) const noexcept;
+    double extremeLogValue(const double* standardised, double squaredLength) const noexcept;
 
     std::vector<VaryingMeasurement> measurements_;
-    PackedLower factor_; // of order measurements_.size()
+    Whitening whitening_;
+    bool areLeading_ = true; // the measurements are the first ones of a pattern, in order
     double logNormaliser_ = 0.0;
 };
 

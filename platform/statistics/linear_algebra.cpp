@@ -47,6 +47,24 @@ bool choleskyFactor(const PackedLower& matrix, double shift, PackedLower& factor
     return true;
 }
 
+/// Solves for each column of the identity, whose upper numbers are zeros and stay so.
+PackedLower inverseOf(const PackedLower& lower) {
+    const std::size_t order = lower.order();
+    PackedLower inverse(order);
+    for (std::size_t solved = 0; solved < order; ++solved) {
+        double* const solution = inverse.column(solved);
+        solution[0] = 1.0;
+        for (std::size_t i = 0; i < order - solved; ++i) {
+            const double* const column = lower.column(solved + i);
+            solution[i] /= column[0];
+            for (std::size_t below = i + 1; below < order - solved; ++below) {
+                solution[below] -= column[below - i] * solution[i];
+            }
+        }
+    }
+    return inverse;
+}
+
 double smallestEigenvalue(const PackedLower& matrix) {
     const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver(lowerTriangle(matrix, 0.0),
                                                                 Eigen::EigenvaluesOnly);

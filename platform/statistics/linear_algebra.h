@@ -38,6 +38,9 @@ private:
 /// be finite.
 bool choleskyFactor(const PackedLower& matrix, double shift, PackedLower& factor);
 
+/// The inverse of a triangular matrix without zeros on its diagonal.
+PackedLower inverseOf(const PackedLower& lower);
+
 /// The smallest eigenvalue of a symmetric matrix with finite entries, within a small multiple of the rounding
 /// error of its norm.
 double smallestEigenvalue(const PackedLower& matrix);

@@ -99,8 +99,8 @@ NormalDensity::NormalDensity(const vmath_nmmatrix& mean, const vmath_nmmatrix& c
         }
     }
     correlation_ = correlationsOf(varying, covariance);
-    PackedLower factor = factorOfRegularised(correlation_, numSamples);
-    varying_ = CorrelatedNormal(std::move(varying), std::move(factor));
+    const PackedLower factor = factorOfRegularised(correlation_, numSamples);
+    varying_ = CorrelatedNormal(std::move(varying), factor);
 }
 
 double NormalDensity::logValue(const double* values) const {
@@ -138,8 +138,7 @@ CorrelatedNormal NormalDensity::marginal(const unsigned char* valid) const {
             part(row, column) = correlation_(chosen[row], chosen[column]);
         }
     }
-    PackedLower factor = factorOfShrunk(part, 0.0);
-    return CorrelatedNormal(std::move(measurements), std::move(factor));
+    return CorrelatedNormal(std::move(measurements), factorOfShrunk(part, 0.0));
 }
 
 } // namespace detail

@@ -7,6 +7,7 @@
 namespace {
 
 using detail::choleskyFactor;
+using detail::inverseOf;
 using detail::PackedLower;
 using detail::smallestEigenvalue;
 
@@ -41,6 +42,24 @@ TEST(LinearAlgebra, FactorTimesItsTransposeIsTheMatrix) {
                     sum += factor(row, k) * factor(column, k);
                 }
                 EXPECT_NEAR(sum, matrix(row, column) - (row == column ? 0.25 : 0.0), 1e-14);
+            }
+        }
+    }
+}
+
+TEST(LinearAlgebra, FactorTimesItsInverseIsTheIdentity) {
+    for (const std::size_t order : {0U, 1U, 2U, 7U, 40U}) {
+        PackedLower factor;
+        ASSERT_TRUE(choleskyFactor(equallyCorrelated(order, 0.3), 0.25, factor));
+        const PackedLower inverse = inverseOf(factor);
+        ASSERT_EQ(inverse.order(), order);
+        for (std::size_t row = 0; row < order; ++row) {
+            for (std::size_t column = 0; column <= row; ++column) {
+                double sum = 0.0;
+                for (std::size_t k = column; k <= row; ++k) {
+                    sum += factor(row, k) * inverse(k, column);
+                }
+                EXPECT_NEAR(sum, row == column ? 1.0 : 0.0, 1e-14);
             }
         }
     }

@@ -1,0 +1,101 @@
+#ifndef PLATFORM_STATISTICS_LANES_H
+#define PLATFORM_STATISTICS_LANES_H
+
+#include <cstddef>
+#include <cstring>
+
+// Published results have the same bits on every processor. So vector code here works on independent numbers
+// side by side, or adds up in eight lanes whatever the width of the registers is; and it is made for
+// instruction sets without fused multiply-add.
+#if defined(__x86_64__)
+#define VXCLASSIFIER_HAS_AVX2 1
+#define VXCLASSIFIER_AVX2 __attribute__((target("avx2")))
+#else
+#define VXCLASSIFIER_HAS_AVX2 0
+#endif
+#define VXCLASSIFIER_INLINE inline __attribute__((always_inline))
+
+namespace detail {
+
+/// Data for vector code come in multiples of this many doubles.
+constexpr std::size_t numLanes = 8;
+
+constexpr std::size_t paddedToLanes(std::size_t size) noexcept {
+    return (size + numLanes - 1) / numLanes * numLanes;
+}
+
+/// Numbers side by side in one register. Like what is made of it, it is for inlining only: wide registers
+/// have no calling convention on processors without them.
+template <class Vector>
+struct Register {
+    static constexpr std::size_t size = sizeof(Vector) / sizeof(double);
+
+    VXCLASSIFIER_INLINE void load(const double* from) noexcept {
+        std::memcpy(&numbers, from, sizeof numbers);
+    }
+    VXCLASSIFIER_INLINE void store(double* to) const noexcept { std::memcpy(to, &numbers, sizeof numbers); }
+    VXCLASSIFIER_INLINE void subtract(const Register& other) noexcept { numbers -= other.numbers; }
+    VXCLASSIFIER_INLINE void multiply(const Register& other) noexcept { numbers *= other.numbers; }
+    VXCLASSIFIER_INLINE void addProduct(const Register& factor, double other) noexcept {
+        numbers += factor.numbers * other;
+    }
+    VXCLASSIFIER_INLINE void addProduct(const Register& factor, const Register& other) noexcept {
+        numbers += factor.numbers * other.numbers;
+    }
+
+    Vector numbers{};
+};
+
+template <class Half>
+struct Twice {
+    static constexpr std::size_t size = 2 * Half::size;
+
+    VXCLASSIFIER_INLINE void load(const double* from) noexcept {
+        low.load(from);
+        high.load(from + Half::size);
+    }
+    VXCLASSIFIER_INLINE void store(double* to) const noexcept {
+        low.store(to);
+        high.store(to + Half::size);
+    }
+    VXCLASSIFIER_INLINE void subtract(const Twice& other) noexcept {
+        low.subtract(other.low);
+        high.subtract(other.high);
+    }
+    VXCLASSIFIER_INLINE void multiply(const Twice& other) noexcept {
+        low.multiply(other.low);
+        high.multiply(other.high);
+    }
+    VXCLASSIFIER_INLINE void addProduct(const Twice& factor, double other) noexcept {
+        low.addProduct(factor.low, other);
+        high.addProduct(factor.high, other);
+    }
+    VXCLASSIFIER_INLINE void addProduct(const Twice& factor, const Twice& other) noexcept {
+        low.addProduct(factor.low, other.low);
+        high.addProduct(factor.high, other.high);
+    }
+
+    Half low;
+    Half high;
+};
+
+using PairOfDoubles = double __attribute__((vector_size(16)));
+using QuadOfDoubles = double __attribute__((vector_size(32)));
+
+// The eight lanes in the registers of every processor, and in those of processors with AVX2.
+using NarrowLanes = Twice<Twice<Register<PairOfDoubles>>>;
+using WideLanes = Twice<Register<QuadOfDoubles>>;
+static_assert(NarrowLanes::size == numLanes && WideLanes::size == numLanes, "the same order of additions");
+
+/// Whether code marked with VXCLASSIFIER_AVX2 can run here.
+VXCLASSIFIER_INLINE bool hasAvx2() noexcept {
+#if VXCLASSIFIER_HAS_AVX2
+    return __builtin_cpu_supports("avx2") != 0;
+#else
+    return false;
+#endif
+}
+
+} // namespace detail
+
+#endif
