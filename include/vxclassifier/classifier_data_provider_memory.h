@@ -4,7 +4,12 @@
 #include <vxclassifier/classifier_data_provider.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
+
+namespace detail {
+class StoredRows;
+}
 
 /// Training data in memory.
 ///
@@ -70,6 +75,8 @@ protected:
     void serialize_(vxArchive& archive, unsigned char version);
 
 private:
+    friend class detail::StoredRows;
+
     std::size_t rows() const noexcept;
     bool holds(long index) const;
 
@@ -77,7 +84,8 @@ private:
     std::wstring description_;
     // Parallel. An archive can bring vectors of different lengths: only the rows that both have count.
     std::vector<vxPtrHandle_const<vxFeaturePattern>> patterns_;
-    std::vector<long> labels_; // >= -1
+    std::vector<long> labels_;    // >= -1
+    std::uint64_t revision_ = 0; // counts the changes of the two
 
     static vx_Instantiator sExemplar;
 };

@@ -4,7 +4,12 @@
 #include <vxclassifier/classifier.h>
 #include <vxclassifier/classifier_train_params_knn.h>
 
+#include <memory>
 #include <vector>
+
+namespace detail {
+class CompactPatterns;
+}
 
 class vxClassifierCategoryResult;
 class vxClassifierDataProviderMemory;
@@ -87,10 +92,8 @@ private:
     void recordRunResults_(vxDiagObject* diag, unsigned long flags, const vxFeaturePattern& pattern,
                            const vxClassifierResult& result) const override;
 
-    /// Fills both vectors, in step, with the nearest stored patterns by ascending distance: `k` of them, or
-    /// all there are.
-    void findNearestNeighbors_(const vxFeaturePattern& pattern, long k, std::vector<long>& indices,
-                               std::vector<double>& distances) const;
+    /// The indices of the nearest stored patterns, in any order: `k` of them, or all there are.
+    std::vector<long> findNearestNeighbors_(const vxFeaturePattern& pattern, long k) const;
 
     /// Turns the neighbours' votes into match scores, by ascending label.
     void fillMatchResults_(const std::vector<long>& indices,
@@ -98,6 +101,10 @@ private:
 
     vxPtrHandle<vxClassifierDataProviderMemory> store_; // null: untrained; shared with no other classifier
     vxClassifierTrainParamsKNN workingParams_;          // what a run uses
+
+    // What makes the search fast: neither stored nor compared; null where the patterns are not such as it can
+    // describe, or memory was short.
+    std::unique_ptr<detail::CompactPatterns> compact_;
 
     static vx_Instantiator sExemplar;
 };

@@ -6,8 +6,13 @@
 #include <vxclassifier/platform/rep_base.h>
 #include <vxclassifier/validity_marks.h>
 
+#include <atomic>
 #include <cstddef>
 #include <vector>
+
+namespace detail {
+class PatternObservation;
+}
 
 /// The measurements of one object: a fixed number of doubles, each of which may be marked invalid (missing,
 /// not measured).
@@ -80,6 +85,8 @@ protected:
     void serialize_(vxArchive& archive, unsigned char version);
 
 private:
+    friend class detail::PatternObservation;
+
     vxFeaturePattern() noexcept;
 
     long countInvalid_() const noexcept;
@@ -93,6 +100,9 @@ private:
     // One for each measurement, but for what an archive brought: a missing mark means invalid, a surplus one
     // takes part in comparing and storing only.
     detail::ValidityMarks validity_;
+
+    // Whether somebody keeps figures derived from the measurements, who is to learn of a change.
+    mutable std::atomic<bool> isObserved_{false};
 
     static vx_Instantiator sExemplar;
 };

@@ -32,12 +32,15 @@ struct ConverterRegistration {
 
 } // namespace
 
-long vsys_attention_check() {
-    return installedCheck == nullptr ? vxStatus::success : installedCheck(installedContext);
+detail::InstalledCheck detail::kindOfInstalledCheck() noexcept {
+    if (installedCheck == nullptr) {
+        return InstalledCheck::none;
+    }
+    return installedCheck == &checkFlag ? InstalledCheck::cancelFlag : InstalledCheck::callers;
 }
 
-bool detail::isAttentionCheckInstalled() noexcept {
-    return installedCheck != nullptr;
+long vsys_attention_check() {
+    return installedCheck == nullptr ? vxStatus::success : installedCheck(installedContext);
 }
 
 vxAttentionScope::vxAttentionScope(vfAttentionCheck check, void* context) noexcept

@@ -6,9 +6,19 @@
 
 namespace detail {
 
-/// Whether a check is installed for this thread. A loop that finds none, and calls nothing of the caller's,
-/// need not make the check at each step: nobody can observe it.
-bool isAttentionCheckInstalled() noexcept;
+/// Which interruption check this thread has: a loop that calls nothing of the caller's may make one that
+/// nobody can observe less often.
+enum class InstalledCheck {
+    none,       // nothing to call
+    cancelFlag, // only reads a flag, which never goes unseen for long
+    callers     // the application's own function, which may count its calls
+};
+
+InstalledCheck kindOfInstalledCheck() noexcept;
+
+inline bool isAttentionCheckInstalled() noexcept {
+    return kindOfInstalledCheck() != InstalledCheck::none;
+}
 
 inline void throwIfInterrupted() {
     vfThrowExceptionOnFailure(vsys_attention_check());

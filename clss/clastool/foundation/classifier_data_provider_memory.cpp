@@ -33,6 +33,7 @@ vxClassifierDataProviderMemory::operator=(const vxClassifierDataProviderMemory& 
     description_.swap(copy.description_);
     patterns_.swap(copy.patterns_);
     labels_.swap(copy.labels_);
+    ++revision_;
     return *this;
 }
 
@@ -98,6 +99,7 @@ void vxClassifierDataProviderMemory::addData(const vxPtrHandle_const<vxFeaturePa
     detail::makeRoomForRow(patterns_, labels_);
     patterns_.push_back(pattern);
     labels_.push_back(label);
+    ++revision_;
 }
 
 void vxClassifierDataProviderMemory::data(const std::vector<vxPtrHandle_const<vxFeaturePattern>>& patterns,
@@ -119,6 +121,7 @@ void vxClassifierDataProviderMemory::data(const std::vector<vxPtrHandle_const<vx
     auto newLabels = labels;
     patterns_.swap(newPatterns);
     labels_.swap(newLabels);
+    ++revision_;
 }
 
 bool vxClassifierDataProviderMemory::isEqual_(const vxClassifierDataProvider& other) const {
@@ -141,6 +144,9 @@ void vxClassifierDataProviderMemory::dispatchSerialize(vxArchive& archive) {
 void vxClassifierDataProviderMemory::serialize_(vxArchive& archive, unsigned char version) {
     detail::requireVersionZero(version);
     vxClassifierDataProvider::dispatchSerialize(archive);
+    if (archive.isLoading()) {
+        ++revision_; // before the change: reading may fail halfway
+    }
     archive || name_;
     archive || description_;
     archive || patterns_;

@@ -1,5 +1,6 @@
 #include <vxclassifier/feature_pattern.h>
 
+#include "clss/clastool/foundation/observed_patterns.h"
 #include "platform/archive/class_level.h"
 
 #include <vxclassifier/classifier_defs.h>
@@ -36,11 +37,14 @@ vxFeaturePattern::vxFeaturePattern(const std::vector<double>& measurements,
     measurements_ = measurements;
 }
 
-vxFeaturePattern::vxFeaturePattern(const vxFeaturePattern&) = default;
+vxFeaturePattern::vxFeaturePattern(const vxFeaturePattern& other)
+    : vxPersistent(other), vxRepBase(other), measurements_(other.measurements_), validity_(other.validity_) {}
+
 vxFeaturePattern& vxFeaturePattern::operator=(const vxFeaturePattern& other) {
     vxFeaturePattern copy(other);
     measurements_.swap(copy.measurements_);
     validity_.swap(copy.validity_);
+    detail::PatternObservation::changed(*this);
     return *this;
 }
 vxFeaturePattern::~vxFeaturePattern() = default;
@@ -109,6 +113,7 @@ void vxFeaturePattern::store_(vxArchive& archive) {
 }
 
 void vxFeaturePattern::load_(vxArchive& archive) {
+    detail::PatternObservation::changed(*this); // before the change: reading may fail halfway
     // If reading fails halfway, what was read stays, and the old marks where there are no new ones; these
     // may then be fewer or more than the measurements.
     std::vector<bool> validity = validity_.list(measurements_.size());

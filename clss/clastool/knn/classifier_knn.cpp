@@ -1,5 +1,7 @@
 #include <vxclassifier/classifier_knn.h>
 
+#include "clss/clastool/knn/compact_patterns.h"
+#include "clss/clastool/knn/compact_search.h"
 #include "clss/clastool/knn/nearest_neighbors.h"
 #include "platform/archive/class_level.h"
 
@@ -9,7 +11,7 @@
 #include <vxclassifier/classifier_result.h>
 #include <vxclassifier/platform/archive.h>
 
-#include <map>
+#include <algorithm>
 #include <utility>
 
 vx_Instantiator vx_ClassifierKNN::sExemplar(typeid(vx_ClassifierKNN), &vx_ClassifierKNN::make);
@@ -66,14 +68,17 @@ void copyKnownPatterns(const vxClassifierDataProvider& from, Store& to) {
 vx_ClassifierKNN::vx_ClassifierKNN() : workingParams_(1) {}
 
 vx_ClassifierKNN::vx_ClassifierKNN(const vx_ClassifierKNN& other)
-    : vx_Classifier(other), store_(copyOf(other.store_)), workingParams_(other.workingParams_) {}
+    : vx_Classifier(other), store_(copyOf(other.store_)), workingParams_(other.workingParams_),
+      compact_(detail::CompactPatterns::copyOf(other.compact_)) {}
 
 vx_ClassifierKNN& vx_ClassifierKNN::operator=(const vx_ClassifierKNN& other) {
     beginAssignment_();
     vxPtrHandle<Store> store = copyOf(other.store_);
+    std::unique_ptr<detail::CompactPatterns> compact = detail::CompactPatterns::copyOf(other.compact_);
     workingParams_ = other.workingParams_; // the last step that may throw
     vx_Classifier::operator=(other);
     store_ = std::move(store);
+    compact_ = std::move(compact);
     return *this;
 }
 
@@ -103,10 +108,12 @@ bool vx_ClassifierKNN::operator==(const vx_ClassifierKNN& other) const {
 void vx_ClassifierKNN::train_(const vxClassifierDataProvider& provider,
                               const vxClassifierTrainParams& params) {
     workingParams_ = asKNN(params);
+    compact_.reset();
     store_ = vxPtrHandle<Store>(new Store);
     store_->setName(provider.name());
     store_->setDescription(provider.description());
     copyKnownPatterns(provider, *store_);
+    compact_ = detail::CompactPatterns::describe(*store_);
 }
 
 void vx_ClassifierKNN::retrain_(const vxClassifierTrainParams& params) {
@@ -120,11 +127,18 @@ void vx_ClassifierKNN::trainStart_(const vxClassifierTrainParams&) {}
 
 void vx_ClassifierKNN::trainIncremental_(const vxFeaturePattern& pattern, long label) {
     const vxPtrHandle_const<vxFeaturePattern> copy(new vxFeaturePattern(pattern));
+    const bool wasDescribed = compact_ != nullptr && compact_->describes(*store_);
     store_->addData(copy, label);
+    if (wasDescribed) {
+        detail::CompactPatterns::follow(compact_, *store_);
+    } else {
+        compact_.reset();
+    }
 }
 
 void vx_ClassifierKNN::untrain_() {
     store_.reset();
+    compact_.reset();
 }
 
 bool vx_ClassifierKNN::isTrained_() const {
@@ -143,34 +157,37 @@ void vx_ClassifierKNN::run_(const vxFeaturePattern& pattern, vxClassifierResult&
     if (pattern.numMeasurements() != store_->numMeasurements()) {
         throwUnsuitable();
     }
-    std::vector<long> indices;
-    std::vector<double> distances;
-    findNearestNeighbors_(pattern, workingParams_.k(), indices, distances);
+    const std::vector<long> indices = findNearestNeighbors_(pattern, workingParams_.k());
     std::vector<vxClassifierCategoryResult> matchResults;
     fillMatchResults_(indices, matchResults);
     result = vxClassifierResult(matchResults, vxClassifierFrequencies(1.0),
                                 workingParams_.misclassificationCosts(), 0.0);
 }
 
-void vx_ClassifierKNN::findNearestNeighbors_(const vxFeaturePattern& pattern, long k,
-                                             std::vector<long>& indices,
-                                             std::vector<double>& distances) const {
-    detail::NeighborList nearest(detail::requireNeighborCount(k), store_->numPatterns());
-    detail::offerStoredPatterns(pattern, *store_, workingParams_.distanceMetric(), nearest);
-    indices.swap(nearest.indices());
-    distances.swap(nearest.distances());
+std::vector<long> vx_ClassifierKNN::findNearestNeighbors_(const vxFeaturePattern& pattern, long k) const {
+    const long required = detail::requireNeighborCount(k);
+    const vxPtrHandle_const<vxPatternDistanceMetric> metric = workingParams_.distanceMetric();
+    if (detail::CompactSearch::isPossible(pattern, *store_, compact_.get(), metric.get())) {
+        return detail::CompactSearch(pattern, *store_, *compact_, *metric, required).neighbors();
+    }
+    detail::NeighborList nearest(required, store_->numPatterns());
+    detail::offerStoredPatterns(pattern, *store_, metric, nearest);
+    return std::move(nearest.indices());
 }
 
 void vx_ClassifierKNN::fillMatchResults_(const std::vector<long>& indices,
                                          std::vector<vxClassifierCategoryResult>& results) const {
-    std::map<long, long> votes;
+    std::vector<long> votes;
+    votes.reserve(indices.size());
     for (const long index : indices) {
-        ++votes[store_->categoryLabel(index)];
+        votes.push_back(store_->categoryLabel(index));
     }
-    results.reserve(votes.size());
-    for (const auto& [label, count] : votes) {
-        const double matchScore = static_cast<double>(count) / static_cast<double>(indices.size());
-        results.emplace_back(label, matchScore, 0.0, 0.0);
+    std::sort(votes.begin(), votes.end());
+    for (auto first = votes.cbegin(); first != votes.cend();) {
+        const auto last = std::upper_bound(first, votes.cend(), *first);
+        const double matchScore = static_cast<double>(last - first) / static_cast<double>(indices.size());
+        results.emplace_back(*first, matchScore, 0.0, 0.0);
+        first = last;
     }
 }
 
@@ -189,5 +206,11 @@ void vx_ClassifierKNN::dispatchSerialize(vxArchive& archive) {
 void vx_ClassifierKNN::serialize_(vxArchive& archive, unsigned char version) {
     detail::requireVersionZero(version);
     vx_Classifier::dispatchSerialize(archive);
+    if (archive.isLoading()) {
+        compact_.reset();
+    }
     archive || store_;
+    if (archive.isLoading() && !store_.isNull()) {
+        compact_ = detail::CompactPatterns::describe(*store_);
+    }
 }
