@@ -34,7 +34,7 @@ const ClassForm classes[] = {
     {"vxDecisionTreeNode", 't', 3, ">t>t>p"},       {"vxDecisionTreeLeaf", 't', 3, "R"},
     {"vx_ClassifierKNN", 'c', 3, ">a>d"},           {"vx_ClassifierDecisionTree", 'c', 3, ">a>t"},
     {"vx_ClassifierBayesian", 'c', 3, ">aviv>o"},   {"vx_CategoryModelBayesian", 'o', 3, "iivviv>y"},
-    {"vx_PDFMultivariateNormal", 'y', 3, "xxi"},    {"vx_PDFBinomial", 'y', 3, "idd"},
+    {"vx_PDFMultivariateNormal", 'y', 3, "xxi"},    {"vx_PDFBinomial", 'y', 3, "ndd"},
     {"vxClassifierDefs::BadParams", 'e', 5, "s"},   {"vxClassifierDefs::BadIndex", 'e', 5, "s"},
     {"vxClassifierDefs::BadLabel", 'e', 5, "s"},    {"vxClassifierDefs::BadMethod", 'e', 5, "s"},
     {"vxClassifierDefs::NotTrained", 'e', 5, "s"},  {"vxClassifierDefs::NotImplemented", 'e', 5, "s"},
@@ -174,6 +174,9 @@ const char* ArchiveBuilder::one(test::Payload& out, const char* form, int depth)
     case 'u':
         whole(out);
         return behind;
+    case 'n':
+        trials(out);
+        return behind;
     case 'b':
         out.byte(choices_.byte());
         return behind;
@@ -273,6 +276,17 @@ void ArchiveBuilder::whole(test::Payload& out) {
         out.u32(specialWholes[kind % std::size(specialWholes)]);
     } else {
         out.u32(kind % 8U);
+    }
+}
+
+void ArchiveBuilder::trials(test::Payload& out) {
+    const unsigned kind = choices_.byte();
+    if (kind >= 0xf0U) {
+        out.u32(static_cast<std::uint32_t>(choices_.number(4)));
+    } else if (kind >= 0xe0U) {
+        out.u32(specialWholes[kind % std::size(specialWholes)]);
+    } else {
+        out.u32(kind);
     }
 }
 

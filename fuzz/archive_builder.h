@@ -32,6 +32,7 @@ private:
 /// past the loader. docs/archive-format.md describes the format; what is built is a form:
 ///
 ///     i i32   u u32   b byte   t truth value   d f64   s text   v vector of the form behind it
+///     n i32 that is seldom large: a number of trials, which asks for that many steps
 ///     r vxRange   x vxNMMatrix   F frequencies   C costs   K category result   R result
 ///     T tool   D distribution types   E an embedded pattern   h score function   U rule   1, 2 score
 ///     functions' values >f pointer to an object of the family f (the families are in archive_builder.cpp; *
@@ -64,6 +65,7 @@ private:
     void versions(test::Payload& out, int count);
     void real(test::Payload& out);
     void whole(test::Payload& out);
+    void trials(test::Payload& out);
     void matrix(test::Payload& out);
     void scoreFunction(test::Payload& out);
     std::uint32_t object(char family, int depth);

@@ -24,7 +24,7 @@ const laws::Subject& subjectOf(const vxPersistent& object) {
 }
 
 /// What holds for an object that was accepted, and for one that a refused load has filled partly.
-void checkObject(const laws::Subject& subject, const laws::Object& object) {
+void checkObject(const laws::Subject& subject, const laws::Object& object, std::uint64_t picks) {
     const test::Bytes stored = test::storedPointer(object.get());
     const laws::Object again = laws::loadPointer(stored);
     require(test::storedPointer(again.get()) == stored, "a reloaded object is stored as other bytes");
@@ -38,7 +38,7 @@ void checkObject(const laws::Subject& subject, const laws::Object& object) {
     if (subject.clone) {
         require(test::storedPointer(subject.clone(*object).get()) == stored, "a clone has other bytes");
     }
-    useAll(*object);
+    useAll(*object, picks);
     require(test::storedPointer(object.get()) == stored, "using an object has changed it");
 }
 
@@ -61,7 +61,7 @@ Entry throughPointer(const laws::Subject& subject) {
             return false;
         }
         if (object != nullptr) {
-            checkObject(subjectOf(*object), object);
+            checkObject(subjectOf(*object), object, picksOf(sealed));
         }
         return true;
     };
@@ -80,7 +80,7 @@ Entry inPlace(const laws::Subject& subject) {
     entry.check = [&subject](const test::Bytes& sealed) {
         const laws::Object object = laws::own(subject.make());
         const bool accepted = accepts(sealed, [&] { test::load(sealed, *object); });
-        checkObject(subject, object);
+        checkObject(subject, object, picksOf(sealed));
         return accepted;
     };
     entry.build = [&subject](ArchiveBuilder& builder) { builder.appendInPlace(subject.name); };

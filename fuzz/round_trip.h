@@ -5,6 +5,7 @@
 #include "tests/support/archives.h"
 
 #include <cstddef>
+#include <cstdint>
 
 // What every entry has to keep, whatever it is.
 namespace fuzz {
@@ -22,6 +23,15 @@ bool accepts(const test::Bytes& sealed, Load load) {
     } catch (const std::bad_alloc&) {
         throw Finding("loading takes too much memory");
     }
+}
+
+/// A number that differs with the bytes (FNV-1a).
+inline std::uint64_t picksOf(const test::Bytes& bytes) {
+    std::uint64_t hash = 0xcbf29ce484222325U;
+    for (const unsigned char byte : bytes) {
+        hash = (hash ^ byte) * 0x100000001b3U;
+    }
+    return hash;
 }
 
 /// Whether a NaN could stand somewhere in the bytes.

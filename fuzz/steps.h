@@ -10,10 +10,13 @@
 #include <vxclassifier/platform/pdf_multivariate_normal.h>
 #include <vxclassifier/platform/status.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <ctime>
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace fuzz {
 
@@ -32,14 +35,19 @@ inline void require(bool holds, const std::string& what) {
 /// Runs operations on hostile objects, each of which may refuse with an error that it is allowed to, and
 /// bounds what they take together: memory, and time through the interruption check, since a few bytes can
 /// ask for minutes of honest work. What comes after the time is up is left out.
+///
+/// Where there are many ways to do much the same, only some are taken, which differ with `picks`: one run
+/// stays short, and all runs together take every way.
 class Steps {
 public:
-    Steps() : watch_(memoryLimit), scope_(&check, this), end_(std::clock() + timeLimit) {}
+    explicit Steps(std::uint64_t picks)
+        : watch_(memoryLimit), scope_(&check, this), end_(std::clock() + timeLimit), picks_(picks),
+          patient_(pick(32) == 0) {}
 
     /// Whether the operation went through. An exception that is not allowed passes through.
     template <class Action>
     bool step(Action action) {
-        if (isOver()) {
+        if (over_ || (++taken_ % stepsBetweenLooks == 0 && isOver())) {
             return false;
         }
         try {
@@ -58,12 +66,27 @@ public:
         return false;
     }
 
-    bool isOver() const { return std::clock() >= end_; }
+    /// One of 0 .. count - 1.
+    std::size_t pick(std::size_t count) {
+        picks_ = picks_ * 6364136223846793005U + 1442695040888963407U;
+        return static_cast<std::size_t>(picks_ >> 33) % count;
+    }
+    template <class T>
+    const T& pickOf(const std::vector<T>& all) {
+        return all[pick(all.size())];
+    }
+    /// Whether to ask also for what may take all the time.
+    bool isPatient() const { return patient_; }
 
 private:
     static constexpr std::size_t memoryLimit = std::size_t{64} << 20;
-    static constexpr std::clock_t timeLimit = CLOCKS_PER_SEC / 50;
+    static constexpr std::clock_t timeLimit = CLOCKS_PER_SEC / 100;
+    static constexpr unsigned stepsBetweenLooks = 16; // looking at the clock takes longer than most steps
 
+    bool isOver() {
+        over_ = over_ || std::clock() >= end_;
+        return over_;
+    }
     static long check(void* steps) {
         return static_cast<Steps*>(steps)->isOver() ? vsys_attention_cancelled : vxStatus::success;
     }
@@ -71,6 +94,10 @@ private:
     MemoryWatch watch_;
     vxAttentionScope scope_;
     std::clock_t end_;
+    bool over_ = false;
+    unsigned taken_ = 0;
+    std::uint64_t picks_;
+    bool patient_;
 };
 
 } // namespace fuzz

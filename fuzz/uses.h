@@ -5,6 +5,7 @@
 
 #include <vxclassifier/vxclassifier.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -40,11 +41,12 @@ inline void use(Steps&, long) {}
 inline void use(Steps&, unsigned long) {}
 inline void use(Steps&, unsigned char) {}
 
-/// Uses an object in every way. Only what stands in a step may refuse; an error that comes from elsewhere
-/// would leave out all that follows, so it passes through, except that memory may run out anywhere.
+/// Uses an object in every way (Steps says what `picks` is for). Only what stands in a step may refuse; an
+/// error that comes from elsewhere would leave out all that follows, so it passes through, except that memory
+/// may run out anywhere.
 template <class T>
-void useAll(const T& object) {
-    Steps steps;
+void useAll(const T& object, std::uint64_t picks) {
+    Steps steps(picks);
     try {
         use(steps, object);
     } catch (const std::bad_alloc&) {

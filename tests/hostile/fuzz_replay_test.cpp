@@ -106,7 +106,7 @@ TEST(FuzzHarness, AnArchiveThatTheLibraryOpensAndOneThatItRefusesAreNoFindings) 
 }
 
 TEST(FuzzHarness, AnErrorThatIsNotAllowedPassesThrough) {
-    fuzz::Steps steps;
+    fuzz::Steps steps(0);
     EXPECT_FALSE(steps.step([] { throw vxBadPointer(); }));
     EXPECT_FALSE(steps.step([] { throw std::length_error("too long"); }));
     EXPECT_THROW(steps.step([] { throw std::out_of_range("an index"); }), std::out_of_range);
@@ -114,7 +114,7 @@ TEST(FuzzHarness, AnErrorThatIsNotAllowedPassesThrough) {
 }
 
 TEST(FuzzHarness, AStepThatTakesTooMuchMemoryFails) {
-    fuzz::Steps steps;
+    fuzz::Steps steps(0);
     EXPECT_FALSE(steps.step([] { std::vector<char> large(std::size_t{65} << 20); }));
 }
 
