@@ -66,8 +66,6 @@ int takeOwnArguments(int count, char** arguments) {
 
 } // namespace
 
-Runner::~Runner() = default;
-
 void add(const std::string& workload, Role role, const std::string& who, MakeRunner make) {
     const std::string name = workload + '/' + nameOf(role) + ':' + who;
     benchmark::RegisterBenchmark(name.c_str(), [name, made = std::move(make)](benchmark::State& state) {

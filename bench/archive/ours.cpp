@@ -1,10 +1,9 @@
 #include "bench/archive/archive.h"
+#include "bench/our_data.h"
 #include "bench/our_tree.h"
 
-#include <vxclassifier/classifier_data_provider_memory.h>
 #include <vxclassifier/classifier_tool.h>
 #include <vxclassifier/classifier_train_params_knn.h>
-#include <vxclassifier/feature_pattern.h>
 #include <vxclassifier/platform/archive.h>
 
 namespace bench::archive {
@@ -14,16 +13,8 @@ namespace {
 using Train = vxClassifierTool (*)(const Source&);
 
 vxClassifierTool withPatterns(const Source& source) {
-    std::vector<vxPtrHandle_const<vxFeaturePattern>> patterns;
-    std::vector<long> labels;
-    for (std::size_t i = 0; i < source.rows.count; ++i) {
-        patterns.emplace_back(new vxFeaturePattern(source.rows.vector(i), {}));
-        labels.push_back(static_cast<long>(i) % numLabels);
-    }
-    vxClassifierDataProviderMemory provider;
-    provider.data(patterns, labels);
     vxClassifierTool tool;
-    tool.train(provider, vxClassifierTrainParamsKNN(5));
+    tool.train(ourProvider(ourPatterns(source.rows), numLabels), vxClassifierTrainParamsKNN(5));
     return tool;
 }
 

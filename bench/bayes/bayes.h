@@ -17,7 +17,6 @@ struct Workload {
     Workload(std::size_t numCategories, std::size_t size, bool isJoint, std::size_t numRows);
 
     const double* query(std::size_t turn) const noexcept { return queries.row(turn % queries.count); }
-    long label(std::size_t row) const noexcept { return static_cast<long>(row % categories); }
 
     std::size_t categories;
     bool joint; // otherwise independent measurements

@@ -13,7 +13,7 @@ cv::Ptr<cv::ml::TrainData> trainDataOf(const Workload& workload) {
     std::vector<float> values = workload.rows.asFloats();
     std::vector<int> labels;
     for (std::size_t i = 0; i < workload.rows.count; ++i) {
-        labels.push_back(static_cast<int>(workload.label(i)));
+        labels.push_back(static_cast<int>(i % workload.categories));
     }
     const int count = static_cast<int>(workload.rows.count);
     const cv::Mat samples(count, static_cast<int>(workload.rows.size), CV_32F, values.data());

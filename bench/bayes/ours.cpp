@@ -1,49 +1,25 @@
 #include "bench/bayes/bayes.h"
+#include "bench/our_data.h"
 
-#include <vxclassifier/classifier_data_provider_memory.h>
-#include <vxclassifier/classifier_distribution_types.h>
 #include <vxclassifier/classifier_result.h>
 #include <vxclassifier/classifier_tool.h>
-#include <vxclassifier/classifier_train_params_bayesian.h>
-#include <vxclassifier/feature_pattern.h>
-
-#include <numeric>
 
 namespace bench::bayes {
 
 namespace {
 
 vxClassifierTrainParamsBayesian paramsFor(const Workload& workload) {
-    vxClassifierDistributionTypes types(vxClassifierDistributionTypes::eMultivariateNormal);
-    if (workload.joint) {
-        std::vector<long> all(workload.rows.size);
-        std::iota(all.begin(), all.end(), 0L);
-        for (std::size_t i = 0; i < workload.categories; ++i) {
-            types.setDependent(static_cast<long>(i), all);
-        }
-    }
-    return {types, vxClassifierFrequencies(1.0), vxClassifierCosts(1.0), vxFeaturePattern({}, {})};
+    return ourBayesianParams(workload.categories, workload.rows.size, workload.joint);
 }
 
 vxClassifierDataProviderMemory providerFor(const Workload& workload) {
-    std::vector<vxPtrHandle_const<vxFeaturePattern>> patterns;
-    std::vector<long> labels;
-    for (std::size_t i = 0; i < workload.rows.count; ++i) {
-        patterns.emplace_back(new vxFeaturePattern(workload.rows.vector(i), {}));
-        labels.push_back(workload.label(i));
-    }
-    vxClassifierDataProviderMemory provider;
-    provider.data(patterns, labels);
-    return provider;
+    return ourProvider(ourPatterns(workload.rows), workload.categories);
 }
 
 class OurDecider : public Decider {
 public:
-    explicit OurDecider(const SharedWorkload& workload) {
+    explicit OurDecider(const SharedWorkload& workload) : queries_(ourQueries(workload->queries)) {
         tool_.train(providerFor(*workload), paramsFor(*workload));
-        for (std::size_t i = 0; i < workload->queries.count; ++i) {
-            queries_.emplace_back(workload->queries.vector(i), std::vector<long>());
-        }
     }
 
     void run(std::size_t turn) override { tool_.run(queries_[turn % queries_.size()], result_); }

@@ -1,12 +1,11 @@
 #include "bench/neighbors/literal_list.h"
 #include "bench/neighbors/neighbors.h"
+#include "bench/our_data.h"
 
-#include <vxclassifier/classifier_data_provider_memory.h>
 #include <vxclassifier/classifier_knn.h>
 #include <vxclassifier/classifier_result.h>
 #include <vxclassifier/classifier_tool.h>
 #include <vxclassifier/classifier_train_params_knn.h>
-#include <vxclassifier/feature_pattern.h>
 #include <vxclassifier/pattern_distance_metric_norm.h>
 
 #include <algorithm>
@@ -16,40 +15,15 @@ namespace bench::neighbors {
 
 namespace {
 
-using Pattern = vxPtrHandle_const<vxFeaturePattern>;
-
-constexpr long numCategories = 10;
+constexpr std::size_t numCategories = 10;
 constexpr long numVotes = static_cast<long>(numNeighbors);
-
-std::vector<Pattern> patternsOf(const Rows& rows) {
-    std::vector<Pattern> patterns;
-    patterns.reserve(rows.count);
-    for (std::size_t i = 0; i < rows.count; ++i) {
-        patterns.emplace_back(new vxFeaturePattern(rows.vector(i), {}));
-    }
-    return patterns;
-}
-
-/// The same patterns, each in one of `categories` categories.
-vxClassifierDataProviderMemory labelled(const std::vector<Pattern>& patterns, long categories) {
-    std::vector<long> labels;
-    labels.reserve(patterns.size());
-    for (std::size_t i = 0; i < patterns.size(); ++i) {
-        labels.push_back(static_cast<long>(i) % categories);
-    }
-    vxClassifierDataProviderMemory provider;
-    provider.data(patterns, labels);
-    return provider;
-}
 
 /// Runs a classifier of this library: the tool, or the technique's own class.
 template <class Classifier>
 class Ours : public Searcher {
 public:
-    explicit Ours(const std::shared_ptr<const Workload>& workload) : patterns_(patternsOf(workload->stored)) {
-        for (std::size_t i = 0; i < workload->queries.count; ++i) {
-            queries_.emplace_back(workload->queries.vector(i), std::vector<long>());
-        }
+    explicit Ours(const std::shared_ptr<const Workload>& workload)
+        : patterns_(ourPatterns(workload->stored)), queries_(ourQueries(workload->queries)) {
         train(numCategories);
     }
 
@@ -57,7 +31,7 @@ public:
 
     /// The neighbours show when every pattern is a category of its own.
     Found find(std::size_t query) override {
-        train(static_cast<long>(patterns_.size()));
+        train(patterns_.size());
         run(query);
         train(numCategories);
         const auto& categories = result_.categoryResults();
@@ -72,11 +46,11 @@ public:
     }
 
 private:
-    void train(long categories) {
-        classifier_.train(labelled(patterns_, categories), vxClassifierTrainParamsKNN(numVotes));
+    void train(std::size_t categories) {
+        classifier_.train(ourProvider(patterns_, categories), vxClassifierTrainParamsKNN(numVotes));
     }
 
-    std::vector<Pattern> patterns_;
+    OurPatterns patterns_;
     std::vector<vxFeaturePattern> queries_;
     Classifier classifier_;
     vxClassifierResult result_;
@@ -86,7 +60,7 @@ private:
 class LiteralFormula : public Searcher {
 public:
     explicit LiteralFormula(const std::shared_ptr<const Workload>& workload)
-        : patterns_(patternsOf(workload->stored)), queries_(patternsOf(workload->queries)),
+        : patterns_(ourPatterns(workload->stored)), queries_(ourPatterns(workload->queries)),
           metric_(new vxPatternDistanceMetricNorm(2.0)) {}
 
     void run(std::size_t turn) override { found_ = find(turn % queries_.size()); }
@@ -100,8 +74,8 @@ public:
     }
 
 private:
-    std::vector<Pattern> patterns_;
-    std::vector<Pattern> queries_;
+    OurPatterns patterns_;
+    OurPatterns queries_;
     vxPtrHandle_const<vxPatternDistanceMetric> metric_;
     Found found_{};
 };

@@ -1,9 +1,9 @@
+#include "bench/our_data.h"
 #include "bench/our_tree.h"
 #include "bench/trees/trees.h"
 
 #include <vxclassifier/classifier_result.h>
 #include <vxclassifier/classifier_tool.h>
-#include <vxclassifier/feature_pattern.h>
 
 namespace bench::trees {
 
@@ -11,11 +11,8 @@ namespace {
 
 class Ours : public Decider {
 public:
-    explicit Ours(const SharedWorkload& workload) {
+    explicit Ours(const SharedWorkload& workload) : queries_(ourQueries(workload->queries)) {
         tool_.train(*ourTree(workload->tree));
-        for (std::size_t i = 0; i < workload->queries.count; ++i) {
-            queries_.emplace_back(workload->queries.vector(i), std::vector<long>());
-        }
     }
 
     void run(std::size_t turn) override { tool_.run(queries_[turn % queries_.size()], result_); }

@@ -1,0 +1,3 @@
+#include "bench/harness.h"
+
+bench::Runner::~Runner() = default;
