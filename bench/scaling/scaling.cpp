@@ -98,34 +98,34 @@ void addBayes(const std::string& series, std::size_t size, std::size_t work, std
 
 void addSeriesOverPatterns(std::size_t largest) {
     for (std::size_t count = 1'000; count <= largest; count *= 10) {
-        addNeighbors("neighbours, d=16, by n", count, count, 16);
+        addNeighbors("nearest neighbours, d=16, by n; per stored measurement", count, count, 16);
     }
     const std::size_t n = largest / 10;
     for (std::size_t d = 4; d <= 128; d *= 2) {
-        addNeighbors("neighbours, n=" + std::to_string(n) + ", by d", d, n, d);
+        addNeighbors("nearest neighbours, n=" + std::to_string(n) + ", by d; per stored measurement", d, n, d);
     }
     for (std::size_t count = 1'000; count <= n; count *= 10) {
-        addPoint("Bayes training, joint, d=16, by n", count, count, [=] {
+        addPoint("Bayes training, joint, d=16, by n; per pattern", count, count, [=] {
             return std::make_unique<TrainRunner>(providerOf(count, 16), ourBayesianParams(10, 16, true));
         });
-        addPoint("storing, d=16, by n", count, count,
+        addPoint("storing patterns, d=16, by n; per pattern", count, count,
                  [=] { return std::make_unique<StoreRunner>(providerOf(count, 16)); });
-        addPoint("loading, d=16, by n", count, count,
+        addPoint("loading patterns, d=16, by n; per pattern", count, count,
                  [=] { return std::make_unique<LoadRunner>(providerOf(count, 16)); });
     }
 }
 
 void addSeriesOverMeasurements() {
     for (std::size_t d = 4; d <= 64; d *= 2) {
-        addBayes("Bayes, 10 categories, joint, by d", d, 10 * d * (d + 1) / 2, 10, d, true);
-        addBayes("Bayes, 10 categories, independent, by d", d, 10 * d, 10, d, false);
+        addBayes("Bayes, 10 categories, joint, by d; per entry of a triangular factor", d, 10 * d * (d + 1) / 2, 10, d, true);
+        addBayes("Bayes, 10 categories, independent, by d; per measurement of a category", d, 10 * d, 10, d, false);
     }
 }
 
 void addSeriesOverCategories() {
     for (std::size_t categories = 2; categories <= 64; categories *= 2) {
-        addBayes("Bayes, joint, d=16, by categories", categories, categories, categories, 16, true);
-        addPoint("decision rule, by categories", categories, categories * categories,
+        addBayes("Bayes, joint, d=16, by categories; per category", categories, categories, categories, 16, true);
+        addPoint("decision rule, by categories; per pair of categories", categories, categories * categories,
                  [=] { return std::make_unique<DecisionRuleRunner>(categories); });
     }
 }
