@@ -31,8 +31,11 @@ public:
         }
         for (std::size_t i = 0; i < count; ++i) {
             double risk = 0.0;
-            for (std::size_t j = 0; j < count; ++j) {
-                risk += j == i ? 0.0 : wrongCost * weighted[j];
+            for (std::size_t j = 0; j < i; ++j) {
+                risk += wrongCost * weighted[j];
+            }
+            for (std::size_t j = i + 1; j < count; ++j) {
+                risk += wrongCost * weighted[j];
             }
             entries[i].posterior = weighted[i] / sum;
             entries[i].cost = risk / sum;

@@ -102,7 +102,8 @@ void addSeriesOverPatterns(std::size_t largest) {
     }
     const std::size_t n = largest / 10;
     for (std::size_t d = 4; d <= 128; d *= 2) {
-        addNeighbors("nearest neighbours, n=" + std::to_string(n) + ", by d; per stored measurement", d, n, d);
+        addNeighbors("nearest neighbours, n=" + std::to_string(n) + ", by d; per stored measurement", d, n,
+                     d);
     }
     for (std::size_t count = 1'000; count <= n; count *= 10) {
         addPoint("Bayes training, joint, d=16, by n; per pattern", count, count, [=] {
@@ -117,14 +118,17 @@ void addSeriesOverPatterns(std::size_t largest) {
 
 void addSeriesOverMeasurements() {
     for (std::size_t d = 4; d <= 64; d *= 2) {
-        addBayes("Bayes, 10 categories, joint, by d; per entry of a triangular factor", d, 10 * d * (d + 1) / 2, 10, d, true);
-        addBayes("Bayes, 10 categories, independent, by d; per measurement of a category", d, 10 * d, 10, d, false);
+        addBayes("Bayes, 10 categories, joint, by d; per entry of a triangular factor", d,
+                 10 * d * (d + 1) / 2, 10, d, true);
+        addBayes("Bayes, 10 categories, independent, by d; per measurement of a category", d, 10 * d, 10, d,
+                 false);
     }
 }
 
 void addSeriesOverCategories() {
     for (std::size_t categories = 2; categories <= 64; categories *= 2) {
-        addBayes("Bayes, joint, d=16, by categories; per category", categories, categories, categories, 16, true);
+        addBayes("Bayes, joint, d=16, by categories; per category", categories, categories, categories, 16,
+                 true);
         addPoint("decision rule, by categories; per pair of categories", categories, categories * categories,
                  [=] { return std::make_unique<DecisionRuleRunner>(categories); });
     }
