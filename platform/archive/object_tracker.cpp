@@ -1,6 +1,7 @@
 #include "platform/archive/object_tracker.h"
 
 #include "platform/archive/persistent_access.h"
+#include "platform/archive/tracking_mark.h"
 
 #include <algorithm>
 #include <vector>
@@ -40,7 +41,7 @@ void ObjectTracker::track(const vxPersistent& object, std::uint32_t number) {
     const std::lock_guard<std::mutex> lock(mutex_);
     const auto [entry, isNew] = numbers_.try_emplace(&object, number);
     if (isNew) {
-        PersistentAccess::addTracker(object);
+        TrackingMark::addTracker(PersistentAccess::tracking(object));
     } else {
         entry->second = number;
     }
@@ -55,7 +56,7 @@ std::uint32_t ObjectTracker::numberAt(const vxPersistent* object) const noexcept
 void ObjectTracker::forgetAll() noexcept {
     const std::lock_guard<std::mutex> lock(mutex_);
     for (const auto& entry : numbers_) {
-        PersistentAccess::removeTracker(*entry.first);
+        TrackingMark::removeTracker(PersistentAccess::tracking(*entry.first));
     }
     numbers_.clear();
 }
@@ -63,7 +64,7 @@ void ObjectTracker::forgetAll() noexcept {
 void ObjectTracker::forget(const vxPersistent& object) noexcept {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (numbers_.erase(&object) != 0) {
-        PersistentAccess::removeTracker(object);
+        TrackingMark::removeTracker(PersistentAccess::tracking(object));
     }
 }
 

@@ -9,9 +9,10 @@
 
 namespace detail {
 
-/// Knows the objects that an archive has met by their addresses, and a number for each. Destructors and
-/// mutating operations of those objects report themselves here, on whatever thread they run, so that a
-/// changed object is met anew and an address that is used again is not taken for the object before.
+/// Knows the objects that an archive has met, but does not keep alive, by their addresses, and a number for
+/// each. Destructors and mutating operations of those objects report themselves here, on whatever thread they
+/// run, so that a changed object is met anew and an address that is used again is not taken for the object
+/// before.
 ///
 /// One archive has one tracker. An object that it tracks is either alive or about to report itself, so the
 /// tracker may touch it at any time.

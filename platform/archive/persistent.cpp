@@ -4,6 +4,7 @@
 #include "platform/archive/object_tracker.h"
 #include "platform/archive/persistent_access.h"
 #include "platform/archive/storing_core.h"
+#include "platform/archive/tracking_mark.h"
 #include "platform/archive/visited_scope.h"
 
 vxPersistent::~vxPersistent() {
@@ -56,7 +57,10 @@ void vxPersistent::setVisited(const void* object, std::size_t size) {
 
 // NOLINTNEXTLINE(readability-make-member-function-const): an object that cannot change has nothing to announce.
 void vxPersistent::mutating_() noexcept {
-    detail::ObjectTracker::forgetEverywhere(*this);
+    if (detail::TrackingMark::hasTrackers(tracking_)) {
+        detail::ObjectTracker::forgetEverywhere(*this);
+    }
+    detail::TrackingMark::change(tracking_);
 }
 
 vxArchive& operator||(vxArchive& archive, vxPersistent& object) {

@@ -5,6 +5,7 @@
 #include <vxclassifier/platform/persistent.h>
 
 #include <atomic>
+#include <cstdint>
 
 namespace detail {
 
@@ -15,12 +16,9 @@ public:
         object.dispatchSerialize(archive);
     }
 
-    static void addTracker(const vxPersistent& object) noexcept {
-        object.trackers_.fetch_add(1, std::memory_order_relaxed);
-    }
-    /// Whoever then finds the object untracked, and destroys it, does so after this.
-    static void removeTracker(const vxPersistent& object) noexcept {
-        object.trackers_.fetch_sub(1, std::memory_order_release);
+    /// To be used with TrackingMark.
+    static std::atomic<std::uint64_t>& tracking(const vxPersistent& object) noexcept {
+        return object.tracking_;
     }
 };
 

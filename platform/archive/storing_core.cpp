@@ -4,9 +4,11 @@
 #include "platform/archive/byte_order.h"
 #include "platform/archive/class_registry.h"
 #include "platform/archive/persistent_access.h"
+#include "platform/archive/tracking_mark.h"
 #include "platform/archive/visited_scope.h"
 #include "platform/status/code_points.h"
 
+#include <atomic>
 #include <limits>
 #include <typeinfo>
 #include <utility>
@@ -104,8 +106,8 @@ std::uint32_t StoringCore::meet(vxPersistent* object) {
         return nothing;
     }
     if (object->isTracked_()) {
-        const std::uint32_t known = tracker_.numberAt(object);
-        if (known != ObjectTracker::unknown) {
+        const std::uint32_t known = find(*object);
+        if (known != nothing) {
             return known;
         }
     }
@@ -113,15 +115,38 @@ std::uint32_t StoringCore::meet(vxPersistent* object) {
         throw vxArchive::TooLarge(L"An archive cannot hold more objects.");
     }
     const std::uint32_t met = static_cast<std::uint32_t>(met_.size());
-    met_.push_back(Met{object, nullptr, Progress::met, 0});
+    met_.push_back(Met{object, nullptr, Progress::met, 0, false, 0});
     // An object without any share may be a local variable: a share of ours would delete it when given back.
     const auto* rep = dynamic_cast<const vxRepBase*>(object);
     if (rep != nullptr && vx_PtrHandleBase_RepAccessor::count(*rep) > 0) {
         vx_PtrHandleBase_RepAccessor::share(*rep);
         met_.back().rep = rep;
     }
-    tracker_.track(*object, met);
+    track(met);
     return met;
+}
+
+/// The place in met_ of an object that is tracked by some archive, or `nothing`: not by this one.
+std::uint32_t StoringCore::find(const vxPersistent& object) const noexcept {
+    const std::atomic<std::uint64_t>& tracking = PersistentAccess::tracking(object);
+    const std::uint32_t marked = marked_.find(&object, liesAt(object));
+    if (marked != AddressTable::none && TrackingMark::isValid(tracking, met_[marked].changes)) {
+        return marked;
+    }
+    return TrackingMark::hasTrackers(tracking) ? tracker_.numberAt(&object) : nothing;
+}
+
+/// What is kept alive is marked, which needs no lock, unless it has all the marks that it can have.
+void StoringCore::track(std::uint32_t met) {
+    Met& entry = met_[met];
+    vxPersistent& object = *entry.object;
+    entry.isMarked =
+        entry.rep != nullptr && TrackingMark::tryAdd(PersistentAccess::tracking(object), entry.changes);
+    if (entry.isMarked) {
+        marked_.set(&object, met, liesAt(object));
+    } else {
+        tracker_.track(object, met);
+    }
 }
 
 void StoringCore::putGraph(vxArchive& archive, std::uint32_t root) {
@@ -221,6 +246,9 @@ std::uint32_t StoringCore::recordOf(std::uint32_t met) const {
 void StoringCore::releaseMet() noexcept {
     tracker_.forgetAll();
     for (const Met& met : met_) {
+        if (met.isMarked) {
+            TrackingMark::remove(PersistentAccess::tracking(*met.object), met.changes);
+        }
         if (met.rep != nullptr) {
             vx_PtrHandleBase_RepAccessor::release(*met.rep);
         }

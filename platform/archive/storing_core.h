@@ -1,6 +1,7 @@
 #ifndef PLATFORM_ARCHIVE_STORING_CORE_H
 #define PLATFORM_ARCHIVE_STORING_CORE_H
 
+#include "platform/archive/address_table.h"
 #include "platform/archive/object_tracker.h"
 
 #include <vxclassifier/platform/ptr_handle.h>
@@ -54,7 +55,9 @@ private:
         vxPersistent* object;
         const vxRepBase* rep; // null for an object that is not counted
         Progress progress;
-        std::uint32_t record; // once recorded
+        std::uint32_t record;  // once recorded
+        bool isMarked;         // by a TrackingMark; only a counted one is
+        std::uint32_t changes; // of a marked one: at which number of them
     };
     static constexpr std::uint32_t nothing = ObjectTracker::unknown;
 
@@ -84,6 +87,11 @@ private:
     std::vector<unsigned char>& target() noexcept { return inRecord_ ? scratch_ : archive_; }
 
     std::uint32_t meet(vxPersistent* object);
+    std::uint32_t find(const vxPersistent& object) const noexcept;
+    void track(std::uint32_t met);
+    auto liesAt(const vxPersistent& object) const noexcept {
+        return [this, &object](std::uint32_t met) { return met_[met].object == &object; };
+    }
     void putGraph(vxArchive& archive, std::uint32_t root);
     void begin(vxArchive& archive, std::uint32_t met);
     void advance(vxArchive& archive);
@@ -107,7 +115,8 @@ private:
     std::uint32_t records_ = 0; // complete ones; they are numbered from 1
 
     std::vector<Met> met_;
-    ObjectTracker tracker_; // knows the objects of met_ by their places there
+    AddressTable marked_;   // knows the marked objects of met_ by their places there
+    ObjectTracker tracker_; // knows the other ones
 };
 
 } // namespace detail

@@ -97,4 +97,22 @@ TEST(ArchiveThreads, ObjectsReportThemselvesFromAnyThread) {
     EXPECT_FALSE(note.isTracked_());
 }
 
+TEST(ArchiveThreads, CountedObjectsReportThemselvesFromAnyThread) {
+    const vxPtrHandle<Whole> whole = makeWhole();
+    onAllThreads(
+        [](int thread, vxPersistent& shared) {
+            for (int round = 0; round < rounds; ++round) {
+                vxStoringArchive archive;
+                exchangePointer(archive, &shared);
+                if (thread == 0) {
+                    shared.mutating_();
+                }
+                exchangePointer(archive, &shared);
+            }
+        },
+        *whole);
+    EXPECT_FALSE(whole->isTracked_());
+    EXPECT_EQ(vx_PtrHandleBase_RepAccessor::count(*whole), 1);
+}
+
 } // namespace

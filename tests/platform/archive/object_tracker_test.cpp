@@ -7,8 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <memory>
 #include <new>
+#include <vector>
 
 namespace {
 
@@ -164,6 +166,104 @@ TEST(ObjectTracker, ACountedObjectThatChangesIsStoredAnew) {
     archive || first || second;
     EXPECT_EQ(first->value, 1);
     EXPECT_EQ(second->value, 2);
+}
+
+/// The values of the objects in an archive, in the order of the pointers to them.
+std::vector<long> nodesIn(const Bytes& bytes, int pointers) {
+    std::vector<long> values;
+    vxLoadingArchive archive(bytes);
+    for (int i = 0; i < pointers; ++i) {
+        vxPtrHandle<Node> node;
+        archive || node;
+        values.push_back(node->value);
+    }
+    archive.finish();
+    return values;
+}
+
+TEST(ObjectTracker, AnyNumberOfArchivesLearnOfAChangeOfACountedObject) {
+    vxPtrHandle<Node> node(new Node(1));
+    std::vector<vxStoringArchive> archives(200);
+    for (vxStoringArchive& archive : archives) {
+        archive || node;
+    }
+    node->mutating_();
+    EXPECT_FALSE(node->isTracked_());
+    node->value = 2;
+    for (vxStoringArchive& archive : archives) {
+        archive || node || node;
+        EXPECT_TRUE(node->isTracked_());
+        archive.finish();
+        EXPECT_EQ(nodesIn(archive.bytes(), 3), (std::vector<long>{1, 2, 2}));
+    }
+    EXPECT_FALSE(node->isTracked_());
+    EXPECT_EQ(vx_PtrHandleBase_RepAccessor::count(*node), 1);
+}
+
+TEST(ObjectTracker, AnObjectIsTrackedUntilTheLastOfAnyNumberOfArchivesEnds) {
+    vxPtrHandle<Node> node(new Node(1));
+    std::vector<vxStoringArchive> archives(200);
+    for (vxStoringArchive& archive : archives) {
+        archive || node;
+    }
+    for (vxStoringArchive& archive : archives) {
+        EXPECT_TRUE(node->isTracked_());
+        archive || node;
+        archive.finish();
+        EXPECT_EQ(nodesIn(archive.bytes(), 2), (std::vector<long>{1, 1}));
+    }
+    EXPECT_FALSE(node->isTracked_());
+}
+
+TEST(ObjectTracker, AnObjectThatChangesOverAndOverIsStoredEachTime) {
+    vxPtrHandle<Node> node(new Node(0));
+    constexpr int rounds = 100;
+    const Bytes bytes = test::archiveOf([&](vxArchive& archive) {
+        for (int i = 0; i < rounds; ++i) {
+            archive || node || node;
+            node->mutating_();
+            ++node->value;
+        }
+    });
+    const std::vector<long> values = nodesIn(bytes, 2 * rounds);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        EXPECT_EQ(values[i], static_cast<long>(i / 2));
+    }
+    EXPECT_EQ(vx_PtrHandleBase_RepAccessor::count(*node), 1);
+}
+
+TEST(ObjectTracker, AChangeTakesNothingFromAnArchiveThatMetTheObjectLater) {
+    vxPtrHandle<Node> node(new Node(1));
+    vxStoringArchive later;
+    {
+        vxStoringArchive earlier;
+        earlier || node;
+        node->mutating_();
+        later || node;
+    }
+    EXPECT_TRUE(node->isTracked_()) << "the archive that ended no longer tracked it";
+    later || node;
+    later.finish();
+    EXPECT_FALSE(node->isTracked_());
+    const Bytes once = test::archiveOf([&](vxArchive& archive) { archive || node || node; });
+    EXPECT_EQ(later.bytes(), once);
+}
+
+TEST(ObjectTracker, AnObjectThatIsCountedOnlyLaterIsStoredOnce) {
+    Node* node = new Node(1);
+    vxPtrHandle<Node> handle;
+    const Bytes bytes = test::archiveOf([&](vxArchive& archive) {
+        exchangePointer(archive, node);
+        handle.reset(node);
+        archive || handle;
+        vxStoringArchive other;
+        other || handle;
+        archive || handle;
+    });
+    EXPECT_FALSE(handle->isTracked_());
+    EXPECT_EQ(nodesIn(bytes, 3), (std::vector<long>{1, 1, 1}));
+    const Bytes three = test::archiveOf([&](vxArchive& archive) { archive || handle || handle || handle; });
+    EXPECT_EQ(bytes, three);
 }
 
 TEST(ObjectTracker, ReportingAChangeUntrackedHasNoEffect) {
