@@ -75,6 +75,7 @@ TEST(HostileDistributionTypes, OnlyOverridesThatAllThreeVectorsHaveCount) {
     EXPECT_EQ(types.distributionType(0, 1), Types::eBinomial);
     EXPECT_EQ(types.distributionType(0, 2), Types::eMultivariateNormal);
     EXPECT_EQ(typesOf({0}, {0}, {}, {}, {}).distributionType(0, 0), Types::eMultivariateNormal);
+    EXPECT_EQ(typesOf({0}, {}, {1}, {}, {}).distributionType(0, 0), Types::eMultivariateNormal);
     EXPECT_EQ(typesOf({}, {0}, {1}, {}, {}).distributionType(0, 0), Types::eMultivariateNormal);
 }
 
@@ -89,6 +90,8 @@ TEST(HostileDistributionTypes, WhatIsLeftOverIsCutWhenARowIsAdded) {
 TEST(HostileDistributionTypes, OnlySetsWithALabelCountAndTheRestIsCut) {
     Types types = typesOf({}, {}, {}, {0, 0, 0}, {{1, 2}, {5}});
     EXPECT_TRUE(types.isDependent(0, {2, 1}));
+    EXPECT_FALSE(typesOf({}, {}, {}, {0}, {}).isDependent(0, {1}));
+    EXPECT_FALSE(typesOf({}, {}, {}, {}, {{1}}).isDependent(0, {1}));
     types.setDependent(1, {7});
     EXPECT_EQ(test::stored(types), bytesOf({}, {}, {}, {0, 0, 1}, {{1, 2}, {5}, {7}}));
     Types fewLabels = typesOf({}, {}, {}, {0}, {{1, 2}, {5}});
@@ -292,6 +295,7 @@ TEST(HostileNormal, NoCovarianceIsTooOddToScore) {
 TEST(HostileModel, AMissingDensityIsANullHandle) {
     const vxPtrHandle<FakeDensity> density(new FakeDensity(1.0));
     vx_CategoryModelBayesian model;
+    test::fillModel(model, 1, 2, {{0}, {1}}, {density.get(), density.get()}); // leaves the second behind
     test::fillModel(model, 1, 2, {{0}, {1}}, {density.get()});
     EXPECT_ERROR_CLASS(model.matchScore(patternOf({1, 2})), vxBadPointer);
     EXPECT_ERROR_CLASS(model.adapt(patternOf({1, 2})), vxBadPointer);

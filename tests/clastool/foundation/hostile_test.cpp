@@ -192,6 +192,8 @@ TEST(HostileFrequencies, RowsThatAreNotCompleteDoNotCount) {
     EXPECT_EQ(moreLabels.freqOverrideIndex_(3), -1);
     const vxClassifierFrequencies moreValues = forgedFrequencies(1.0, {1}, {10.0, 20.0});
     EXPECT_EQ(moreValues.categoryFrequency(1), 10.0);
+    EXPECT_EQ(forgedFrequencies(1.0, {1}, {}).categoryFrequency(1), 1.0);
+    EXPECT_EQ(forgedFrequencies(1.0, {}, {10.0}).categoryFrequency(1), 1.0);
     EXPECT_NE(moreLabels, moreValues);
     EXPECT_EQ(moreValues, forgedFrequencies(1.0, {1}, {10.0, 20.0}));
 }
@@ -252,6 +254,10 @@ TEST(HostileCosts, RowsThatAreNotCompleteDoNotCount) {
         EXPECT_EQ(costs.misclassificationCost(3, 4), 1.0);
         EXPECT_EQ(costs.misclOverrideIndex_(3, 4), -1);
         EXPECT_EQ(costs, vxClassifierCosts(costs));
+    }
+    for (const vxClassifierCosts& costs : {forgedCostTable({}, {2}, {10.0}), forgedCostTable({1}, {}, {10.0}),
+                                           forgedCostTable({1}, {2}, {})}) {
+        EXPECT_EQ(costs.misclassificationCost(1, 2), 1.0);
     }
     EXPECT_NE(forgedCostTable({1, 3}, {2, 4}, {10.0}), forgedCostTable({1}, {2}, {10.0}));
 }
