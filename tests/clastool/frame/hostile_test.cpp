@@ -58,14 +58,16 @@ TEST(HostileClassifier, TrainingWithParametersThatItAloneKeepsReadsNothingFreed)
     HookLog log;
     FakeClassifier classifier(&log);
     classifier.train(noData, FakeParams(&log, 5));
+    // The handle that is asked for the parameters is gone before each call.
+    const auto own = [&]() -> const vxClassifierTrainParams& { return *classifier.trainParams(); };
     log.clear();
-    classifier.train(noData, *classifier.trainParams());
+    classifier.train(noData, own());
     EXPECT_TRUE(log.only("train_").paramsAlive);
     EXPECT_EQ(classifier.learnt(), 5);
     log.clear();
-    classifier.trainStart(*classifier.trainParams());
+    classifier.trainStart(own());
     EXPECT_TRUE(log.only("trainStart_").paramsAlive);
-    classifier.retrain(*classifier.trainParams());
+    classifier.retrain(own());
     EXPECT_TRUE(log.only("retrain_").paramsAlive);
     EXPECT_EQ(log.alive.size(), 2U) << "the classifier and its parameters";
 }
