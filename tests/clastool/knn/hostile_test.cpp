@@ -142,10 +142,11 @@ TEST(KNNHostile, AsksForTheMeasurementsOfAPatternOnceAndNotForEach) {
 
 TEST(KNNHostile, CanBeTrainedAndRetrainedWithItsOwnParameters) {
     OpenKNN classifier = trained(line({0.0, 9.0}), Params(2));
-    classifier.retrain(*classifier.trainParams());
+    // Held by nobody but the classifier when it is used.
+    const auto own = [&]() -> const vxClassifierTrainParams& { return *classifier.trainParams(); };
+    classifier.retrain(own());
     EXPECT_EQ(labels(run(classifier, {1.0})), (Labels{0, 1}));
-    const vxClassifierTrainParams& own = *classifier.trainParams(); // held by nobody but the classifier
-    classifier.train(line({0.0, 1.0, 9.0}), own);
+    classifier.train(line({0.0, 1.0, 9.0}), own());
     EXPECT_EQ(labels(run(classifier, {0.0})), (Labels{0, 1}));
 }
 

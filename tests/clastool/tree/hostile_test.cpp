@@ -187,7 +187,8 @@ TEST(HostileClassifier, ATrainingMayBeGivenAPartOfTheOwnTree) {
     const vxDecisionTree& part = *top.trueTree();
     classifier.trainManual(part);
     EXPECT_TRUE(classifier.decisionTree()->isEqual(*test::node(always(), leaf({1}), leaf({2}))));
-    classifier.trainManual(*classifier.decisionTree());
+    const vxDecisionTree& whole = *classifier.decisionTree();
+    classifier.trainManual(whole);
     EXPECT_TRUE(classifier.decisionTree()->isEqual(*test::node(always(), leaf({1}), leaf({2}))));
 }
 
