@@ -17,6 +17,8 @@ const std::vector<vxFeaturePattern>& queries() {
     static const std::vector<vxFeaturePattern> all{
         vxFeaturePattern({}, {}),
         vxFeaturePattern({1.0}, {}),
+        vxFeaturePattern({-3.0}, {}),
+        vxFeaturePattern({std::nan("")}, {}),
         vxFeaturePattern({1.0}, {0}),
         vxFeaturePattern({0.5, 2.5}, {}),
         vxFeaturePattern({4.0, -1.0}, {1}),
@@ -31,6 +33,8 @@ const std::vector<vxFeaturePattern>& queries() {
 const std::vector<vxFeaturePattern>& costlyQueries() {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     static const std::vector<vxFeaturePattern> all{
+        vxFeaturePattern({-1e300}, {}),
+        vxFeaturePattern({-infinity}, {}),
         vxFeaturePattern({std::nan(""), -infinity}, {}),
         vxFeaturePattern({1e300, -1e300, 5e-324}, {}),
         vxFeaturePattern({infinity, 1e9}, {0}),
@@ -196,8 +200,10 @@ void use(Steps& steps, const vx_ProbabilityDensityFunction& density) {
     auto& changed = dynamic_cast<vx_ProbabilityDensityFunction&>(*own);
     for (int i = 0; i < 3; ++i) {
         const vxFeaturePattern& query = someQuery(steps);
+        const vxFeaturePattern& other = someQuery(steps);
         steps.step([&] { changed.updateWithData({query, query}); });
-        steps.step([&] { changed.logValue(someQuery(steps)); });
+        steps.step([&] { changed.updateWithData({query, other}); });
+        steps.step([&] { changed.logValue(other); });
     }
     steps.step([&] { changed.clear(); });
     steps.step([&] { changed.updateWithData({queries()[1]}); });
