@@ -1,5 +1,6 @@
 #include "bench/neighbors/neighbors.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -19,9 +20,10 @@ public:
 
     void run(std::size_t turn) override {
         const double* query = workload_->query(turn);
-        double repeated[blockSize] = {}; // the query as often as it fits
-        for (std::size_t j = 0; j < blockSize; ++j) {
-            repeated[j] = query[j % workload_->stored.size];
+        double repeated[blockSize] = {}; // the query as often as it fits: its size divides the block's
+        const std::size_t size = workload_->stored.size;
+        for (std::size_t j = 0; j < blockSize; j += size) {
+            std::copy_n(query, size, repeated + j);
         }
         sum_ = scan(repeated);
     }
@@ -69,9 +71,10 @@ public:
 
     void run(std::size_t turn) override {
         const double* query = workload_->query(turn);
-        std::uint8_t values[blockSize] = {}; // the query as often as it fits
-        for (std::size_t j = 0; j < blockSize; ++j) {
-            values[j] = asByte(query[j % workload_->stored.size]);
+        std::uint8_t values[blockSize] = {}; // the query as often as it fits: its size divides the block's
+        const std::size_t size = workload_->stored.size;
+        for (std::size_t j = 0; j < blockSize; j += size) {
+            std::transform(query, query + size, values + j, &asByte);
         }
         unsigned sum = 0;
         for (std::size_t block = 0; block + blockSize <= bytes_.size(); block += blockSize) {
