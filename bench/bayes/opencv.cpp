@@ -1,4 +1,5 @@
 #include "bench/bayes/bayes.h"
+#include "bench/opencv_rows.h"
 
 #include <opencv2/core.hpp>
 #include <opencv2/ml.hpp>
@@ -24,14 +25,12 @@ cv::Ptr<cv::ml::TrainData> trainDataOf(const Workload& workload) {
 class OpenCVDecider : public Decider {
 public:
     explicit OpenCVDecider(const SharedWorkload& workload)
-        : queries_(workload->queries.asFloats()), size_(workload->rows.size),
-          numQueries_(workload->queries.count), model_(cv::ml::NormalBayesClassifier::create()) {
+        : queries_(openCVRows(workload->queries)), model_(cv::ml::NormalBayesClassifier::create()) {
         model_->train(trainDataOf(*workload));
     }
 
     void run(std::size_t turn) override {
-        const cv::Mat query(1, static_cast<int>(size_), CV_32F, queries_.data() + turn % numQueries_ * size_);
-        model_->predictProb(query, decisions_, probabilities_);
+        model_->predictProb(queries_[turn % queries_.size()], decisions_, probabilities_);
     }
 
     long decide(std::size_t query) override {
@@ -40,9 +39,7 @@ public:
     }
 
 private:
-    std::vector<float> queries_;
-    std::size_t size_;
-    std::size_t numQueries_;
+    std::vector<cv::Mat> queries_;
     cv::Ptr<cv::ml::NormalBayesClassifier> model_;
     cv::Mat decisions_;
     cv::Mat probabilities_;

@@ -1,4 +1,5 @@
 #include "bench/neighbors/neighbors.h"
+#include "bench/opencv_rows.h"
 
 #include <opencv2/core.hpp>
 #include <opencv2/ml.hpp>
@@ -10,8 +11,7 @@ namespace {
 class OpenCV : public Searcher {
 public:
     explicit OpenCV(const std::shared_ptr<const Workload>& workload)
-        : queries_(workload->queries.asFloats()), size_(static_cast<int>(workload->stored.size)),
-          numQueries_(workload->queries.count), search_(cv::ml::KNearest::create()) {
+        : queries_(openCVRows(workload->queries)), search_(cv::ml::KNearest::create()) {
         cv::setNumThreads(1);
         search_->setDefaultK(static_cast<int>(numNeighbors));
         search_->setIsClassifier(true);
@@ -20,7 +20,8 @@ public:
     }
 
     void run(std::size_t turn) override {
-        search_->findNearest(query(turn), static_cast<int>(numNeighbors), results_, votes_, distances_);
+        search_->findNearest(queries_[turn % queries_.size()], static_cast<int>(numNeighbors), results_,
+                             votes_, distances_);
     }
 
     /// OpenCV tells the labels of the neighbours; here each row is a label of its own, which single precision
@@ -38,22 +39,16 @@ private:
     void train(const Workload& workload) {
         std::vector<float> stored = workload.stored.asFloats();
         const int count = static_cast<int>(workload.stored.count);
+        const int size = static_cast<int>(workload.stored.size);
         std::vector<float> labels;
         for (int i = 0; i < count; ++i) {
             labels.push_back(static_cast<float>(i));
         }
-        search_->train(cv::Mat(count, size_, CV_32F, stored.data()), cv::ml::ROW_SAMPLE,
+        search_->train(cv::Mat(count, size, CV_32F, stored.data()), cv::ml::ROW_SAMPLE,
                        cv::Mat(count, 1, CV_32F, labels.data()));
     }
 
-    cv::Mat query(std::size_t turn) {
-        const std::size_t row = turn % numQueries_;
-        return {1, size_, CV_32F, queries_.data() + row * static_cast<std::size_t>(size_)};
-    }
-
-    std::vector<float> queries_;
-    int size_;
-    std::size_t numQueries_;
+    std::vector<cv::Mat> queries_;
     cv::Ptr<cv::ml::KNearest> search_;
     cv::Mat results_;
     cv::Mat votes_;

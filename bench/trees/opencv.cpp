@@ -1,3 +1,4 @@
+#include "bench/opencv_rows.h"
 #include "bench/trees/trees.h"
 
 #include <opencv2/core.hpp>
@@ -54,8 +55,7 @@ std::string asText(const GrownTree& tree) {
 class OpenCV : public Decider {
 public:
     explicit OpenCV(const SharedWorkload& workload)
-        : queries_(workload->queries.asFloats()), numQueries_(workload->queries.count),
-          tree_(cv::ml::DTrees::create()) {
+        : queries_(openCVRows(workload->queries)), tree_(cv::ml::DTrees::create()) {
         cv::setNumThreads(1);
         const cv::FileStorage source(asText(workload->tree), cv::FileStorage::READ | cv::FileStorage::MEMORY);
         tree_->read(source.root());
@@ -64,14 +64,11 @@ public:
     void run(std::size_t turn) override { last_ = decide(turn); }
 
     long decide(std::size_t query) override {
-        const cv::Mat row(1, static_cast<int>(GrownTree::numMeasurements), CV_32F,
-                          queries_.data() + query % numQueries_ * GrownTree::numMeasurements);
-        return static_cast<long>(tree_->predict(row));
+        return static_cast<long>(tree_->predict(queries_[query % queries_.size()]));
     }
 
 private:
-    std::vector<float> queries_;
-    std::size_t numQueries_;
+    std::vector<cv::Mat> queries_;
     cv::Ptr<cv::ml::DTrees> tree_;
     volatile long last_ = 0;
 };
