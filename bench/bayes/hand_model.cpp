@@ -1,5 +1,6 @@
 #include "bench/bayes/hand_model.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace bench::bayes {
@@ -12,6 +13,31 @@ std::size_t packed(std::size_t row) {
     return row * (row + 1) / 2;
 }
 
+using Pair = double __attribute__((vector_size(2 * sizeof(double)), aligned(alignof(double)), may_alias));
+
+const Pair& pairAt(const double* values) {
+    return *reinterpret_cast<const Pair*>(values);
+}
+
+Pair& pairAt(double* values) {
+    return *reinterpret_cast<Pair*>(values);
+}
+
+/// The lower triangle of the sum of the products of four rows with themselves.
+void addProducts(const double* rows, std::size_t width, std::vector<double>& products) {
+    const double* r0 = rows;
+    const double* r1 = r0 + width;
+    const double* r2 = r1 + width;
+    const double* r3 = r2 + width;
+    for (std::size_t i = 0; i < products.size() / width; ++i) {
+        double* sums = products.data() + i * width;
+        for (std::size_t j = 0; j <= i; j += 2) {
+            pairAt(sums + j) += r0[i] * pairAt(r0 + j) + r1[i] * pairAt(r1 + j) + r2[i] * pairAt(r2 + j) +
+                                r3[i] * pairAt(r3 + j);
+        }
+    }
+}
+
 } // namespace
 
 HandJoint::HandJoint(const Workload& workload, std::size_t category)
@@ -20,28 +46,34 @@ HandJoint::HandJoint(const Workload& workload, std::size_t category)
     factorize();
 }
 
-/// One pass: sums of the deviations from the first row, and of their products.
+/// One pass: sums of the deviations from the first row, and of their products, four rows at a time and two
+/// products at once.
 void HandJoint::accumulate(const Workload& workload, std::size_t category) {
+    constexpr std::size_t batch = 4;
     const double* first = workload.rows.row(category);
-    std::vector<double> deviation(size_);
+    const std::size_t width = size_ + size_ % 2;
+    std::vector<double> deviations(batch * width);
+    std::vector<double> products(size_ * width);
+    std::size_t filled = 0;
     double count = 0.0;
     for (std::size_t row = category; row < workload.rows.count; row += workload.categories) {
         const double* values = workload.rows.row(row);
-        double* products = factor_.data();
+        double* deviation = deviations.data() + filled * width;
         for (std::size_t i = 0; i < size_; ++i) {
             deviation[i] = values[i] - first[i];
             mean_[i] += deviation[i];
-            for (std::size_t j = 0; j <= i; ++j) {
-                products[j] += deviation[i] * deviation[j];
-            }
-            products += i + 1;
         }
         count += 1.0;
+        if (++filled == batch) {
+            addProducts(deviations.data(), width, products);
+            filled = 0;
+        }
     }
+    std::fill(deviations.begin() + static_cast<std::ptrdiff_t>(filled * width), deviations.end(), 0.0);
+    addProducts(deviations.data(), width, products);
     for (std::size_t i = 0; i < size_; ++i) {
         for (std::size_t j = 0; j <= i; ++j) {
-            double& product = factor_[packed(i) + j];
-            product = (product - mean_[i] * mean_[j] / count) / (count - 1.0);
+            factor_[packed(i) + j] = (products[i * width + j] - mean_[i] * mean_[j] / count) / (count - 1.0);
         }
     }
     for (std::size_t i = 0; i < size_; ++i) {
