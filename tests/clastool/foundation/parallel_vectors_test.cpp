@@ -27,6 +27,14 @@ TEST(ParallelVectors, MakingRoomDropsWhatIsNoRowAndReservesTheNext) {
     EXPECT_GE(two.capacity(), 3U);
 }
 
+TEST(ParallelVectors, TheFirstRowHasRoomToo) {
+    std::vector<long> labels;
+    std::vector<double> values;
+    detail::makeRoomForRow(labels, values);
+    EXPECT_GE(labels.capacity(), 1U);
+    EXPECT_GE(values.capacity(), 1U);
+}
+
 TEST(ParallelVectors, GrowInProportionToTheirSize) {
     std::vector<long> labels;
     std::vector<double> values;
