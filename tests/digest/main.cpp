@@ -1,9 +1,14 @@
 // Prints one line for each part of the library, which stands for the bits of all its results, and one for all
-// of them. Given the name of a part, prints the numbers of that part instead, each with its bits. README.md
-// in this folder says what it is for.
+// of them.
+//
+//     digest [--without-avx2] [part]
+//
+// With a part, prints the numbers of that part instead, each with its bits. README.md in this folder says
+// what it is for.
 
 #include "tests/digest/digest.h"
 #include "tests/digest/parts.h"
+#include "tests/digest/processor.h"
 
 #include <cinttypes>
 #include <cstdint>
@@ -66,8 +71,15 @@ void printNumbers(const char* name) {
 
 int main(int argumentCount, char** arguments) {
     try {
-        if (argumentCount == 2) {
-            printNumbers(arguments[1]);
+        int next = 1;
+        if (next < argumentCount && std::strcmp(arguments[next], "--without-avx2") == 0) {
+            ++next;
+            if (!digest::hideAvx2()) {
+                throw std::runtime_error("AVX2 cannot be hidden here");
+            }
+        }
+        if (next < argumentCount) {
+            printNumbers(arguments[next]);
         } else {
             printDigests();
         }
