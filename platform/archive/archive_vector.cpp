@@ -1,5 +1,6 @@
 #include <vxclassifier/platform/archive_vector.h>
 
+#include "platform/archive/class_level.h"
 #include "platform/archive/loading_core.h"
 #include "platform/archive/persistent_access.h"
 #include "platform/archive/storing_core.h"
@@ -13,32 +14,18 @@ namespace detail {
 
 namespace {
 
-void exchangeVersion(vxArchive& archive) {
-    unsigned char version = 0;
-    archive || version;
-    if (version != 0) {
-        throw vxArchive::UnknownVersion(nullptr, 0);
-    }
-}
-
-/// What is stored is only read, so that several threads may store the same vector.
-void storeTruth(vxArchive& archive, const std::vector<bool>& values) {
-    for (const bool value : values) {
-        unsigned char byte = value ? 1 : 0;
-        archive || byte;
-    }
-}
-
-void loadTruth(vxArchive& archive, std::vector<bool>& values, unsigned long count) {
-    values.clear();
-    for (unsigned long i = 0; i < count; ++i) {
-        unsigned char byte = 0;
-        archive || byte;
-        if (byte > 1) {
-            throw vxArchive::CorruptData(L"A truth value in the archive is neither 0 nor 1.");
+/// Exchanges what all vectors begin with, and then the elements: `put(core)` stores them, `get(core, count)`
+/// loads so many.
+template <class Put, class Get>
+void exchangeVector(vxArchive& archive, std::size_t size, std::size_t elementSize, Put put, Get get) {
+    guarded(archive, [&] {
+        const unsigned long count = exchangeVectorHead(archive, size, elementSize);
+        if (StoringCore* core = ArchiveAccess::storing(archive)) {
+            put(*core);
+        } else {
+            get(*ArchiveAccess::loading(archive), count);
         }
-        values.push_back(byte == 1);
-    }
+    });
 }
 
 } // namespace
@@ -58,40 +45,27 @@ unsigned long exchangeVectorHead(vxArchive& archive, std::size_t count, std::siz
 
 } // namespace detail
 
+using detail::LoadingCore;
+using detail::StoringCore;
+
 vxArchive& operator||(vxArchive& archive, std::vector<double>& values) {
-    detail::guarded(archive, [&] {
-        const unsigned long count = detail::exchangeVectorHead(archive, values.size(), sizeof(double));
-        if (detail::StoringCore* core = detail::ArchiveAccess::storing(archive)) {
-            core->putDoubles(values.data(), values.size());
-        } else {
-            values.resize(count);
-            detail::ArchiveAccess::loading(archive)->getDoubles(values.data(), count);
-        }
-    });
+    detail::exchangeVector(
+        archive, values.size(), sizeof(double),
+        [&](StoringCore& core) { core.putDoubles(values.data(), values.size()); },
+        [&](LoadingCore& core, std::size_t count) { core.getDoubles(values, count); });
     return archive;
 }
 
 vxArchive& operator||(vxArchive& archive, std::vector<long>& values) {
-    detail::guarded(archive, [&] {
-        const unsigned long count = detail::exchangeVectorHead(archive, values.size(), sizeof(std::uint32_t));
-        if (archive.isLoading()) {
-            values.resize(count);
-        }
-        for (long& value : values) {
-            archive || value;
-        }
-    });
+    detail::exchangeVector(
+        archive, values.size(), sizeof(std::uint32_t), [&](StoringCore& core) { core.putNumbers(values); },
+        [&](LoadingCore& core, std::size_t count) { core.getNumbers(values, count); });
     return archive;
 }
 
 vxArchive& operator||(vxArchive& archive, std::vector<bool>& values) {
-    detail::guarded(archive, [&] {
-        const unsigned long count = detail::exchangeVectorHead(archive, values.size(), 1);
-        if (archive.isStoring()) {
-            detail::storeTruth(archive, values);
-        } else {
-            detail::loadTruth(archive, values, count);
-        }
-    });
+    detail::exchangeVector(
+        archive, values.size(), 1, [&](StoringCore& core) { core.putTruths(values); },
+        [&](LoadingCore& core, std::size_t count) { core.getTruths(values, count); });
     return archive;
 }

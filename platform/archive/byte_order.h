@@ -1,6 +1,7 @@
 #ifndef PLATFORM_ARCHIVE_BYTE_ORDER_H
 #define PLATFORM_ARCHIVE_BYTE_ORDER_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -44,6 +45,32 @@ inline double doubleOf(std::uint64_t bits) noexcept {
     double value = 0.0;
     std::memcpy(&value, &bits, sizeof value);
     return value;
+}
+
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+constexpr bool isLittleEndian = true;
+#else
+constexpr bool isLittleEndian = false; // or not known: the way that is right on all machines
+#endif
+
+inline void putDoubles(unsigned char* to, const double* values, std::size_t count) noexcept {
+    if constexpr (isLittleEndian) {
+        std::copy_n(reinterpret_cast<const unsigned char*>(values), count * sizeof(double), to);
+    } else {
+        for (std::size_t i = 0; i < count; ++i) {
+            putLittleEndian(to + i * sizeof(double), bitsOf(values[i]));
+        }
+    }
+}
+
+inline void getDoubles(double* values, const unsigned char* from, std::size_t count) noexcept {
+    if constexpr (isLittleEndian) {
+        std::copy_n(from, count * sizeof(double), reinterpret_cast<unsigned char*>(values));
+    } else {
+        for (std::size_t i = 0; i < count; ++i) {
+            values[i] = doubleOf(getLittleEndian<std::uint64_t>(from + i * sizeof(double)));
+        }
+    }
 }
 
 } // namespace detail

@@ -1,8 +1,8 @@
 #include "platform/archive/loading_core.h"
 
 #include "platform/archive/archive_frame.h"
-#include "platform/archive/byte_order.h"
 #include "platform/archive/persistent_access.h"
+#include "platform/archive/truth_values.h"
 #include "platform/archive/visited_scope.h"
 #include "platform/status/code_points.h"
 
@@ -39,40 +39,41 @@ LoadingCore::~LoadingCore() {
     releaseAll();
 }
 
-void LoadingCore::requireUsable() const {
-    if (!usable_) {
-        throw vxArchive::Misuse(L"The archive is finished, or an operation on it had failed.");
-    }
+void LoadingCore::throwUnusable() {
+    throw vxArchive::Misuse(L"The archive is finished, or an operation on it had failed.");
 }
 
-const unsigned char* LoadingCore::takeBytes(std::size_t size) {
-    requireUsable();
-    if (left() < size) {
-        throw vxArchive::ShortData(L"The archive holds fewer bytes than are to be read.");
-    }
-    return std::exchange(next_, next_ + size);
+void LoadingCore::throwShort() {
+    throw vxArchive::ShortData(L"The archive holds fewer bytes than are to be read.");
 }
 
-unsigned char LoadingCore::getByte() {
-    return *takeBytes(1);
-}
-
-long LoadingCore::getSigned() {
-    return static_cast<std::int32_t>(getLittleEndian<std::uint32_t>(takeBytes(sizeof(std::uint32_t))));
-}
-
-unsigned long LoadingCore::getUnsigned() {
-    return getLittleEndian<std::uint32_t>(takeBytes(sizeof(std::uint32_t)));
-}
-
-double LoadingCore::getDouble() {
-    return doubleOf(getLittleEndian<std::uint64_t>(takeBytes(sizeof(double))));
+void LoadingCore::throwTooLarge() {
+    throw vxArchive::TooLarge(L"A size in the archive is larger than what is left of it.");
 }
 
 void LoadingCore::getDoubles(double* values, std::size_t count) {
-    const unsigned char* from = takeBytes(count * sizeof(double));
+    detail::getDoubles(values, takeBytes(count * sizeof(double)), count);
+}
+
+void LoadingCore::getDoubles(std::vector<double>& values, std::size_t count) {
+    values.resize(count);
+    getDoubles(values.data(), count);
+}
+
+void LoadingCore::getNumbers(std::vector<long>& values, std::size_t count) {
+    values.resize(count);
+    const unsigned char* from = takeBytes(count * sizeof(std::uint32_t));
     for (std::size_t i = 0; i < count; ++i) {
-        values[i] = doubleOf(getLittleEndian<std::uint64_t>(from + i * sizeof(double)));
+        values[i] = signedAt(from + i * sizeof(std::uint32_t));
+    }
+}
+
+void LoadingCore::getTruths(std::vector<bool>& values, std::size_t count) {
+    const unsigned char* from = takeBytes(count);
+    const std::size_t valid = countTruthValues(from, count);
+    getTruthValues(values, from, valid);
+    if (valid < count) {
+        throw vxArchive::CorruptData(L"A truth value in the archive is neither 0 nor 1.");
     }
 }
 
@@ -91,13 +92,6 @@ std::wstring LoadingCore::getText() {
     return textOf(points);
 }
 
-void LoadingCore::requireElements(std::uint64_t count, std::size_t elementSize) const {
-    requireUsable();
-    if (count > left() / elementSize) {
-        throw vxArchive::TooLarge(L"A size in the archive is larger than what is left of it.");
-    }
-}
-
 vxPersistent* LoadingCore::getPointer(vxArchive& archive) {
     if (inRecord_) {
         return handOut(getReference());
@@ -105,6 +99,7 @@ vxPersistent* LoadingCore::getPointer(vxArchive& archive) {
     const unsigned long newRecords = getUnsigned();
     constexpr std::size_t leastRecord = sizeof(std::uint32_t) + sizeof(std::uint64_t);
     requireElements(newRecords, leastRecord);
+    makeRoomForRecords(newRecords);
     for (unsigned long i = 0; i < newRecords; ++i) {
         getRecord(archive);
     }
@@ -113,6 +108,14 @@ vxPersistent* LoadingCore::getPointer(vxArchive& archive) {
         throw vxArchive::CorruptData(L"The archive holds objects that nothing refers to.");
     }
     return handOut(record);
+}
+
+/// The bytes that are left can hold so many records. Many pointers with few records each must not cost a copy
+/// each.
+void LoadingCore::makeRoomForRecords(std::size_t count) {
+    if (made_.capacity() - made_.size() < count) {
+        made_.reserve(std::max(made_.size() + count, 2 * made_.capacity()));
+    }
 }
 
 void LoadingCore::getRecord(vxArchive& archive) {
@@ -157,7 +160,7 @@ void LoadingCore::make(MakeFunction makeObject) {
     made_.emplace_back();
     Made& made = made_.back();
     made.object = makeObject();
-    made.rep = dynamic_cast<const vxRepBase*>(made.object);
+    made.rep = countedPart_.of(*made.object);
     if (made.rep != nullptr) {
         vx_PtrHandleBase_RepAccessor::share(*made.rep);
     }

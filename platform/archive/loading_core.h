@@ -1,7 +1,9 @@
 #ifndef PLATFORM_ARCHIVE_LOADING_CORE_H
 #define PLATFORM_ARCHIVE_LOADING_CORE_H
 
+#include "platform/archive/byte_order.h"
 #include "platform/archive/class_registry.h"
+#include "platform/archive/counted_part.h"
 #include "platform/archive/object_tracker.h"
 
 #include <vxclassifier/platform/ptr_handle.h>
@@ -9,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 class vxArchive;
@@ -31,20 +34,38 @@ public:
     LoadingCore(const LoadingCore&) = delete;
     LoadingCore& operator=(const LoadingCore&) = delete;
 
-    unsigned char getByte();
-    long getSigned();
-    unsigned long getUnsigned();
-    double getDouble();
+    unsigned char getByte() { return *takeBytes(1); }
+    long getSigned() { return signedAt(takeBytes(sizeof(std::uint32_t))); }
+    unsigned long getUnsigned() { return getLittleEndian<std::uint32_t>(takeBytes(sizeof(std::uint32_t))); }
+    double getDouble() { return doubleOf(getLittleEndian<std::uint64_t>(takeBytes(sizeof(double)))); }
     void getDoubles(double* values, std::size_t count);
+
+    // Replace the elements by so many new ones, for which there are enough bytes.
+    void getDoubles(std::vector<double>& values, std::size_t count);
+    void getNumbers(std::vector<long>& values, std::size_t count);
+    void getTruths(std::vector<bool>& values, std::size_t count);
+
     std::wstring getText();
     vxPersistent* getPointer(vxArchive& archive);
 
     /// Throws vxArchive::TooLarge unless `count` elements of at least `elementSize` bytes each can follow.
     /// The product may be larger than any number of bytes.
-    void requireElements(std::uint64_t count, std::size_t elementSize) const;
+    void requireElements(std::uint64_t count, std::size_t elementSize) const {
+        requireUsable();
+        if (count > left() / elementSize) {
+            throwTooLarge();
+        }
+    }
+
+    /// How many bytes can be read before the end of the archive, or of the record.
+    std::size_t left() const noexcept { return static_cast<std::size_t>(end_ - next_); }
 
     /// Throws vxArchive::Misuse when the archive is finished, or was left in the middle of an object.
-    void requireUsable() const;
+    void requireUsable() const {
+        if (!usable_) {
+            throwUnusable();
+        }
+    }
 
     /// Whoever asked for the pointer that was read last does not take the object.
     void leaveLast() noexcept;
@@ -70,9 +91,21 @@ private:
         MakeFunction make;
     };
 
-    const unsigned char* takeBytes(std::size_t size);
-    std::size_t left() const noexcept { return static_cast<std::size_t>(end_ - next_); }
+    const unsigned char* takeBytes(std::size_t size) {
+        requireUsable();
+        if (left() < size) {
+            throwShort();
+        }
+        return std::exchange(next_, next_ + size);
+    }
+    [[noreturn]] static void throwUnusable();
+    [[noreturn]] static void throwShort();
+    [[noreturn]] static void throwTooLarge();
+    static long signedAt(const unsigned char* from) noexcept {
+        return static_cast<std::int32_t>(getLittleEndian<std::uint32_t>(from));
+    }
 
+    void makeRoomForRecords(std::size_t count);
     void getRecord(vxArchive& archive);
     MakeFunction getClass();
     MakeFunction nameClass();
@@ -92,6 +125,7 @@ private:
     std::size_t records_ = 0;         // how many are complete; one more may be under way
     std::size_t unreferenced_ = 0;    // how many complete ones no pointer has named yet
     std::uint32_t lastHandedOut_ = 0; // the record that the last pointer named
+    CountedPart countedPart_;
     ObjectTracker uncounted_;
 };
 

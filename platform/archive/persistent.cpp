@@ -60,7 +60,7 @@ void vxPersistent::mutating_() noexcept {
     if (detail::TrackingMark::hasTrackers(tracking_)) {
         detail::ObjectTracker::forgetEverywhere(*this);
     }
-    detail::TrackingMark::change(tracking_);
+    detail::TrackingMark::removeAnyStamp(tracking_);
 }
 
 vxArchive& operator||(vxArchive& archive, vxPersistent& object) {

@@ -1,13 +1,14 @@
 #include "platform/archive/storing_core.h"
 
 #include "platform/archive/archive_frame.h"
-#include "platform/archive/byte_order.h"
 #include "platform/archive/class_registry.h"
 #include "platform/archive/persistent_access.h"
 #include "platform/archive/tracking_mark.h"
+#include "platform/archive/truth_values.h"
 #include "platform/archive/visited_scope.h"
 #include "platform/status/code_points.h"
 
+#include <algorithm>
 #include <atomic>
 #include <limits>
 #include <typeinfo>
@@ -15,7 +16,9 @@
 
 namespace detail {
 
-StoringCore::StoringCore() : archive_(frameSize) {}
+StoringCore::StoringCore() {
+    room(frameSize);
+}
 
 StoringCore::~StoringCore() {
     releaseMet();
@@ -27,41 +30,56 @@ void StoringCore::requireUsable() const {
     }
 }
 
-void StoringCore::putByte(unsigned char value) {
+void StoringCore::makeRoom(std::size_t size) {
     requireUsable();
-    target().push_back(value);
+    archive_.prepare(size, capacityFor(archive_.size() + size));
 }
 
-void StoringCore::putSigned(long value) {
-    requireUsable();
+/// To copy what is there and to ask the system for fresh memory can take as long as all the rest. So once
+/// there is enough to judge by, there will be room for all objects that are known, at the size of those
+/// before them, but for not too much more than the usual: they may be of another size.
+std::size_t StoringCore::capacityFor(std::size_t size) const noexcept {
+    constexpr std::size_t least = std::size_t{1} << 10;
+    constexpr std::size_t enough = std::size_t{1} << 16;
+    constexpr std::size_t mostMore = std::size_t{1} << 26;
+    const std::size_t usual = std::max(least, 2 * size);
+    const std::size_t complete = inRecord_ ? head_ : archive_.size();
+    if (complete < enough || records_ == 0) {
+        return usual;
+    }
+    const std::size_t expected = complete / records_ * met_.size();
+    return std::clamp(expected + expected / 8, usual, usual + mostMore);
+}
+
+std::uint32_t StoringCore::representable(long value) {
     if (value < std::numeric_limits<std::int32_t>::min() ||
         value > std::numeric_limits<std::int32_t>::max()) {
         throw vxArchive::NotRepresentable(L"An archive holds whole numbers of 32 bits only.");
     }
-    appendLittleEndian(target(), static_cast<std::uint32_t>(value));
+    return static_cast<std::uint32_t>(value);
 }
 
-void StoringCore::putUnsigned(unsigned long value) {
-    requireUsable();
+std::uint32_t StoringCore::representable(unsigned long value) {
     if (value > std::numeric_limits<std::uint32_t>::max()) {
         throw vxArchive::NotRepresentable(L"An archive holds whole numbers of 32 bits only.");
     }
-    appendLittleEndian(target(), static_cast<std::uint32_t>(value));
-}
-
-void StoringCore::putDouble(double value) {
-    requireUsable();
-    appendLittleEndian(target(), bitsOf(value));
+    return static_cast<std::uint32_t>(value);
 }
 
 void StoringCore::putDoubles(const double* values, std::size_t count) {
-    requireUsable();
-    std::vector<unsigned char>& to = target();
-    std::size_t offset = to.size();
-    to.resize(offset + count * sizeof(double));
-    for (std::size_t i = 0; i < count; ++i, offset += sizeof(double)) {
-        putLittleEndian(to.data() + offset, bitsOf(values[i]));
+    detail::putDoubles(room(count * sizeof(double)), values, count);
+}
+
+void StoringCore::putNumbers(const std::vector<long>& values) {
+    unsigned char* to = room(values.size() * sizeof(std::uint32_t));
+    for (const long value : values) {
+        putLittleEndian(to, representable(value));
+        to += sizeof(std::uint32_t);
     }
+}
+
+void StoringCore::putTruths(const std::vector<bool>& values) {
+    putTruthValues(room(values.size()), values);
 }
 
 void StoringCore::putText(const std::wstring& text) {
@@ -75,10 +93,12 @@ void StoringCore::putText(const std::wstring& text) {
             throw vxArchive::NotRepresentable(L"A text holds a character that is no Unicode code point.");
         }
     }
-    std::vector<unsigned char>& to = target();
-    appendLittleEndian(to, static_cast<std::uint32_t>(points.size()));
+    constexpr std::size_t unit = sizeof(std::uint32_t);
+    unsigned char* to = room((1 + points.size()) * unit);
+    putLittleEndian(to, static_cast<std::uint32_t>(points.size()));
     for (const std::uint32_t point : points) {
-        appendLittleEndian(to, point);
+        to += unit;
+        putLittleEndian(to, point);
     }
 }
 
@@ -86,18 +106,20 @@ void StoringCore::putPointer(vxArchive& archive, vxPersistent* object) {
     requireUsable();
     const std::uint32_t met = meet(object);
     if (inRecord_) {
-        references_.push_back(Reference{scratch_.size(), met});
-        appendLittleEndian(scratch_, std::uint32_t{0});
+        Reference& reference = references_.emplace_back();
+        reference.offset = archive_.size() - head_;
+        reference.met = met;
+        room(sizeof(std::uint32_t));
         return;
     }
     const std::size_t countOffset = archive_.size();
     const std::uint32_t before = records_;
-    appendLittleEndian(archive_, std::uint32_t{0});
-    if (met != nothing && met_[met].progress == Progress::met) {
+    room(sizeof(std::uint32_t));
+    if (met != nothing && met_[met].record == noRecord) {
         putGraph(archive, met);
     }
-    putLittleEndian(archive_.data() + countOffset, records_ - before);
-    appendLittleEndian(archive_, recordOf(met));
+    putLittleEndian(archive_.at(countOffset), records_ - before);
+    putLittleEndian(room(sizeof(std::uint32_t)), recordOf(met));
 }
 
 /// The place of the object in met_, or `nothing` for null.
@@ -115,12 +137,13 @@ std::uint32_t StoringCore::meet(vxPersistent* object) {
         throw vxArchive::TooLarge(L"An archive cannot hold more objects.");
     }
     const std::uint32_t met = static_cast<std::uint32_t>(met_.size());
-    met_.push_back(Met{object, nullptr, Progress::met, 0, false, 0});
+    Met& entry = met_.emplace_back();
+    entry.object = object;
     // An object without any share may be a local variable: a share of ours would delete it when given back.
-    const auto* rep = dynamic_cast<const vxRepBase*>(object);
+    const vxRepBase* rep = countedPart_.of(*object);
     if (rep != nullptr && vx_PtrHandleBase_RepAccessor::count(*rep) > 0) {
         vx_PtrHandleBase_RepAccessor::share(*rep);
-        met_.back().rep = rep;
+        entry.rep = rep;
     }
     track(met);
     return met;
@@ -129,23 +152,21 @@ std::uint32_t StoringCore::meet(vxPersistent* object) {
 /// The place in met_ of an object that is tracked by some archive, or `nothing`: not by this one.
 std::uint32_t StoringCore::find(const vxPersistent& object) const noexcept {
     const std::atomic<std::uint64_t>& tracking = PersistentAccess::tracking(object);
-    const std::uint32_t marked = marked_.find(&object, liesAt(object));
-    if (marked != AddressTable::none && TrackingMark::isValid(tracking, met_[marked].changes)) {
-        return marked;
+    const std::uint32_t place = stamps_.placeOf(TrackingMark::stampOf(tracking));
+    if (place != Stamps::none) {
+        return place;
     }
     return TrackingMark::hasTrackers(tracking) ? tracker_.numberAt(&object) : nothing;
 }
 
-/// What is kept alive is marked, which needs no lock, unless it has all the marks that it can have.
+/// What is kept alive is stamped, unless an archive did so before; then the tracker has to do.
 void StoringCore::track(std::uint32_t met) {
     Met& entry = met_[met];
-    vxPersistent& object = *entry.object;
-    entry.isMarked =
-        entry.rep != nullptr && TrackingMark::tryAdd(PersistentAccess::tracking(object), entry.changes);
-    if (entry.isMarked) {
-        marked_.set(&object, met, liesAt(object));
+    const std::uint32_t stamp = stamps_.at(met);
+    if (entry.rep != nullptr && TrackingMark::tryStamp(PersistentAccess::tracking(*entry.object), stamp)) {
+        entry.stamp = stamp;
     } else {
-        tracker_.track(object, met);
+        tracker_.track(*entry.object, met);
     }
 }
 
@@ -156,19 +177,62 @@ void StoringCore::putGraph(vxArchive& archive, std::uint32_t root) {
     }
 }
 
-/// Writes the object's own bytes to the scratch buffer; its references are noted, not followed.
+/// Writes the object's own bytes; its references are noted, not followed.
 void StoringCore::begin(vxArchive& archive, std::uint32_t met) {
     if (met_[met].rep == nullptr && tracker_.numberAt(met_[met].object) != met) {
         throw vxArchive::BadReference(L"An object to be stored was gone before it could be written.");
     }
     vxPersistent& object = *met_[met].object;
-    StoredClass& type = classOf(object); // an unregistered class is refused before anything of it is written
-    met_[met].progress = Progress::pending;
-    pending_.push_back(Pending{met, &type, scratch_.size(), references_.size(), references_.size()});
+    Pending begun;
+    begun.met = met;
+    begun.type = &classOf(object); // an unregistered class is refused before anything of it is written
+    begun.firstReference = references_.size();
+    begun.nextReference = references_.size();
+    met_[met].record = pendingRecord;
+    dispatch(archive, object);
+    if (isComplete(begun)) {
+        completeInPlace(begun);
+    } else {
+        putAside(begun);
+    }
+}
+
+/// Writes room for the record's head and the object's bytes.
+void StoringCore::dispatch(vxArchive& archive, vxPersistent& object) {
+    head_ = archive_.size();
+    room(headSize);
     const VisitedScope scope;
     inRecord_ = true;
     PersistentAccess::dispatchSerialize(object, archive);
     inRecord_ = false;
+}
+
+/// Whether the record can stay where it is: all that the object refers to has its record, and its class has
+/// its name.
+bool StoringCore::isComplete(const Pending& object) const noexcept {
+    const auto isRecorded = [this](const Reference& reference) {
+        return reference.met == nothing ||
+               (met_[reference.met].record != noRecord && met_[reference.met].record != pendingRecord);
+    };
+    return object.type->number != unnumbered &&
+           std::all_of(references_.begin() + static_cast<std::ptrdiff_t>(object.firstReference),
+                       references_.end(), isRecorded);
+}
+
+void StoringCore::completeInPlace(const Pending& object) {
+    unsigned char* head = archive_.at(head_);
+    putReferences(object, head);
+    putLittleEndian(head, object.type->number);
+    putLittleEndian(head + sizeof(std::uint32_t), std::uint64_t{archive_.size() - head_ - headSize});
+    finishRecord(object);
+}
+
+/// The records of others come first.
+void StoringCore::putAside(const Pending& object) {
+    Pending& pending = pending_.emplace_back(object);
+    pending.head = scratch_.size();
+    scratch_.insert(scratch_.end(), archive_.at(head_), archive_.at(archive_.size()));
+    archive_.cutTo(head_);
 }
 
 /// Takes the innermost pending object one step further: begins the next object that it refers to, or
@@ -181,39 +245,49 @@ void StoringCore::advance(vxArchive& archive) {
         if (next == nothing) {
             continue;
         }
-        switch (met_[next].progress) {
-        case Progress::recorded:
-            continue;
-        case Progress::pending:
+        if (met_[next].record == pendingRecord) {
             throw vxArchive::BadReference(L"The objects to be stored refer to each other in a circle.");
-        case Progress::met:
+        }
+        if (met_[next].record == noRecord) {
             begin(archive, next); // `top` may be gone
             return;
         }
     }
-    complete();
+    completeAside();
 }
 
-/// All that the innermost object refers to has its record: fills in the numbers and moves its bytes to the
-/// payload. The object itself is not touched any more.
-void StoringCore::complete() {
+/// All that the innermost object refers to has its record: moves its own to the payload. The object itself is
+/// not touched any more.
+void StoringCore::completeAside() {
     const Pending done = pending_.back();
-    for (std::size_t i = done.firstReference; i < references_.size(); ++i) {
-        putLittleEndian(scratch_.data() + references_[i].offset, recordOf(references_[i].met));
-    }
+    putReferences(done, scratch_.data() + done.head);
+    const unsigned char* content = scratch_.data() + done.head + headSize;
+    const std::size_t size = scratch_.size() - done.head - headSize;
     putClass(*done.type);
-    appendLittleEndian(archive_, std::uint64_t{scratch_.size() - done.firstByte});
-    archive_.insert(archive_.end(), scratch_.begin() + static_cast<std::ptrdiff_t>(done.firstByte),
-                    scratch_.end());
-
-    met_[done.met].progress = Progress::recorded;
-    met_[done.met].record = ++records_;
-    scratch_.resize(done.firstByte);
-    references_.resize(done.firstReference);
+    putLittleEndian(room(sizeof(std::uint64_t)), std::uint64_t{size});
+    std::copy_n(content, size, room(size));
+    scratch_.resize(done.head);
     pending_.pop_back();
+    finishRecord(done);
+}
+
+/// Fills in the numbers of the records that the object refers to.
+void StoringCore::putReferences(const Pending& object, unsigned char* head) {
+    for (std::size_t i = object.firstReference; i < references_.size(); ++i) {
+        putLittleEndian(head + references_[i].offset, recordOf(references_[i].met));
+    }
+}
+
+void StoringCore::finishRecord(const Pending& object) {
+    met_[object.met].record = ++records_;
+    references_.resize(object.firstReference);
 }
 
 StoringCore::StoredClass& StoringCore::classOf(const vxPersistent& object) {
+    return *classesMetLast_.get(object, [&] { return &findClassOf(object); });
+}
+
+StoringCore::StoredClass& StoringCore::findClassOf(const vxPersistent& object) {
     const std::type_info& type = typeid(object);
     const auto known = classes_.find(type);
     if (known != classes_.end()) {
@@ -230,13 +304,13 @@ StoringCore::StoredClass& StoringCore::classOf(const vxPersistent& object) {
 /// Writes the class's number; the first record of a class brings the name along.
 void StoringCore::putClass(StoredClass& stored) {
     if (stored.number != unnumbered) {
-        appendLittleEndian(archive_, stored.number);
+        putLittleEndian(room(sizeof(std::uint32_t)), stored.number);
         return;
     }
     stored.number = numberedClasses_++;
-    appendLittleEndian(archive_, stored.number);
-    appendLittleEndian(archive_, static_cast<std::uint32_t>(stored.name.size()));
-    archive_.insert(archive_.end(), stored.name.begin(), stored.name.end());
+    putLittleEndian(room(sizeof(std::uint32_t)), stored.number);
+    putLittleEndian(room(sizeof(std::uint32_t)), static_cast<std::uint32_t>(stored.name.size()));
+    std::copy(stored.name.begin(), stored.name.end(), room(stored.name.size()));
 }
 
 std::uint32_t StoringCore::recordOf(std::uint32_t met) const {
@@ -246,8 +320,8 @@ std::uint32_t StoringCore::recordOf(std::uint32_t met) const {
 void StoringCore::releaseMet() noexcept {
     tracker_.forgetAll();
     for (const Met& met : met_) {
-        if (met.isMarked) {
-            TrackingMark::remove(PersistentAccess::tracking(*met.object), met.changes);
+        if (met.stamp != 0) {
+            TrackingMark::removeStamp(PersistentAccess::tracking(*met.object), met.stamp);
         }
         if (met.rep != nullptr) {
             vx_PtrHandleBase_RepAccessor::release(*met.rep);
@@ -263,8 +337,9 @@ std::vector<unsigned char> StoringCore::finish() {
     }
     usable_ = false;
     releaseMet();
-    sealFrame(archive_);
-    return std::move(archive_);
+    std::vector<unsigned char> sealed = archive_.take();
+    sealFrame(sealed);
+    return sealed;
 }
 
 } // namespace detail

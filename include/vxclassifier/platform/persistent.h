@@ -74,7 +74,7 @@ public:
 
     /// Whether an archive that is not yet finished relies on this object staying as it is: one in which it
     /// was stored by pointer, or from which it was loaded by pointer without being counted.
-    bool isTracked_() const noexcept { return (tracking_.load(std::memory_order_acquire) & tracked_) != 0; }
+    bool isTracked_() const noexcept { return tracking_.load(std::memory_order_acquire) != 0; }
 
 protected:
     vxPersistent() noexcept = default;
@@ -84,11 +84,9 @@ protected:
 private:
     friend class detail::PersistentAccess;
 
-    // How many archives track this object, in the lower 33 bits, and how many changes it has announced to them
-    // in the upper ones. Changed through const references too, since storing an object does not change it in
-    // any other way.
+    // Which archives track this object (detail::TrackingMark); changed through const references too, since
+    // storing an object does not change it in any other way.
     mutable std::atomic<std::uint64_t> tracking_{0};
-    static constexpr std::uint64_t tracked_ = 0x1ffffffffU;
 };
 
 /// Registers a concrete class with the archive for as long as it lives: the class can then be stored and
