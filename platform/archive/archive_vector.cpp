@@ -7,6 +7,7 @@
 
 #include <vxclassifier/platform/archive.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 
@@ -41,6 +42,12 @@ unsigned long exchangeVectorHead(vxArchive& archive, std::size_t count, std::siz
         guarded(archive, [&] { core->requireElements(exchanged, leastElementSize); });
     }
     return exchanged;
+}
+
+std::size_t reservableElements(const vxArchive& archive, unsigned long count,
+                               std::size_t elementSize) noexcept {
+    const std::size_t left = ArchiveAccess::loading(archive)->left();
+    return std::min(static_cast<std::size_t>(count), left / elementSize);
 }
 
 } // namespace detail

@@ -6,12 +6,34 @@
 #include <vxclassifier/platform/persistent.h>
 #include <vxclassifier/platform/ptr_handle.h>
 
+#include <type_traits>
+#include <typeinfo>
+#include <utility>
+
 class vxArchive;
 
 namespace detail {
 
 /// Tells the archive that whoever asked for the pointer that it loaded last does not take the object.
 VXCLASSIFIER_API void leaveWithArchive(vxArchive& archive) noexcept;
+
+template <class To, class From, class = void>
+inline constexpr bool isStaticallyCastable = false;
+template <class To, class From>
+inline constexpr bool
+    isStaticallyCastable<To, From, std::void_t<decltype(static_cast<To>(std::declval<From>()))>> = true;
+
+/// The object as a T, or null. Usually it is of exactly that class, which takes less time to find out than
+/// how another class may be derived from it. (A virtual base has no static way down.)
+template <class T>
+T* castTo(vxPersistent* object) {
+    if constexpr (isStaticallyCastable<T*, vxPersistent*>) {
+        if (typeid(*object) == typeid(T)) {
+            return static_cast<T*>(object);
+        }
+    }
+    return dynamic_cast<T*>(object);
+}
 
 template <class T, class Handle>
 vxArchive& exchangeHandle(vxArchive& archive, Handle& handle) {
@@ -25,7 +47,7 @@ vxArchive& exchangeHandle(vxArchive& archive, Handle& handle) {
     vxPersistent* loaded = nullptr;
     vxPersistent::serializePointer(archive, stored, loaded);
     if (loaded != nullptr) {
-        if (T* object = dynamic_cast<T*>(loaded)) {
+        if (T* object = castTo<T>(loaded)) {
             handle.reset(object);
         } else {
             leaveWithArchive(archive);

@@ -25,6 +25,11 @@ namespace detail {
 VXCLASSIFIER_API unsigned long exchangeVectorHead(vxArchive& archive, std::size_t count,
                                                   std::size_t leastElementSize);
 
+/// For how many of `count` elements to take memory at once when they are loaded: not for more of it than
+/// there are bytes left, whatever the count says.
+VXCLASSIFIER_API std::size_t reservableElements(const vxArchive& archive, unsigned long count,
+                                                std::size_t elementSize) noexcept;
+
 } // namespace detail
 
 template <class T>
@@ -38,6 +43,7 @@ vxArchive& operator||(vxArchive& archive, std::vector<T>& values) {
     }
     // Memory grows with the elements that are there, not with the count that was read.
     values.clear();
+    values.reserve(detail::reservableElements(archive, count, sizeof(T)));
     for (unsigned long i = 0; i < count; ++i) {
         T value{};
         archive || value;
