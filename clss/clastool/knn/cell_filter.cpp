@@ -3,6 +3,8 @@
 #include "clss/clastool/knn/compact_patterns.h"
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 
 namespace detail {
 
@@ -87,7 +89,36 @@ void select(const std::uint8_t* codes, std::size_t width, const std::uint8_t* ta
     }
 }
 
-constexpr CellFilter portable{&tabulate, &score, &atMost, &select};
+struct Size {
+    static double of(double difference) noexcept { return std::fabs(difference); }
+};
+
+struct Square {
+    static double of(double difference) noexcept { return difference * difference; }
+};
+
+/// Several sums side by side, since each addition waits for the one before.
+template <class Term>
+double sumOf(const double* a, const double* b, std::size_t width) {
+    constexpr std::size_t parts = 4;
+    std::array<double, parts> sums{};
+    std::size_t i = 0;
+    for (; i + parts <= width; i += parts) {
+        for (std::size_t part = 0; part < parts; ++part) {
+            sums[part] += Term::of(a[i + part] - b[i + part]);
+        }
+    }
+    for (; i < width; ++i) {
+        sums[0] += Term::of(a[i] - b[i]);
+    }
+    return (sums[0] + sums[1]) + (sums[2] + sums[3]);
+}
+
+double sum(CheapNorm norm, const double* a, const double* b, std::size_t width) {
+    return norm == CheapNorm::manhattan ? sumOf<Size>(a, b, width) : sumOf<Square>(a, b, width);
+}
+
+constexpr CellFilter portable{&tabulate, &score, &atMost, &select, &sum};
 
 } // namespace
 

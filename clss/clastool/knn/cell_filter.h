@@ -9,7 +9,7 @@
 namespace detail {
 
 /// The inner loops of a search over compact patterns, made for one kind of processor. All kinds compute the
-/// same numbers.
+/// same numbers, but that sums may be added in another order.
 ///
 /// A query has a table for each measurement: for each cell how much a value in it adds to the norm's sum at
 /// least, in units of the caller's choice, rounded down, at most 255. What the tables say of a pattern,
@@ -40,6 +40,9 @@ struct CellFilter {
     /// be unitsFor(width).
     void (*select)(const std::uint8_t* codes, std::size_t width, const std::uint8_t* tables,
                    std::uint16_t units, std::size_t blocks, std::uint64_t* selected);
+
+    /// The norm's sum of `width` measurements.
+    double (*sum)(CheapNorm norm, const double* a, const double* b, std::size_t width);
 
     /// How many units the limit of a selection stands for.
     static std::uint16_t unitsFor(std::size_t width) noexcept;

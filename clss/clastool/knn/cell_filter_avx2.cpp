@@ -4,6 +4,7 @@
 
 #if defined(__x86_64__)
 
+#include <cmath>
 #include <immintrin.h>
 
 // Only these functions may use the instructions: the rest of the library runs on any processor of its kind.
@@ -172,7 +173,42 @@ VX_AVX2 void select(const std::uint8_t* codes, std::size_t width, const std::uin
     }
 }
 
-constexpr CellFilter avx2{&tabulate, &score, &atMost, &select};
+template <CheapNorm norm>
+VX_AVX2 inline __m256d fourTerms(const double* a, const double* b) {
+    const __m256d difference = _mm256_sub_pd(_mm256_loadu_pd(a), _mm256_loadu_pd(b));
+    return norm == CheapNorm::manhattan ? _mm256_andnot_pd(_mm256_set1_pd(-0.0), difference)
+                                        : _mm256_mul_pd(difference, difference);
+}
+
+template <CheapNorm norm>
+VX_AVX2 inline double sumOf(const double* a, const double* b, std::size_t width) {
+    __m256d even = _mm256_setzero_pd();
+    __m256d odd = _mm256_setzero_pd();
+    std::size_t i = 0;
+    for (; i + 8 <= width; i += 8) {
+        even = _mm256_add_pd(even, fourTerms<norm>(a + i, b + i));
+        odd = _mm256_add_pd(odd, fourTerms<norm>(a + i + 4, b + i + 4));
+    }
+    if (i + 4 <= width) {
+        even = _mm256_add_pd(even, fourTerms<norm>(a + i, b + i));
+        i += 4;
+    }
+    even = _mm256_add_pd(even, odd);
+    const __m128d two = _mm_add_pd(_mm256_castpd256_pd128(even), _mm256_extractf128_pd(even, 1));
+    double sum = _mm_cvtsd_f64(_mm_add_sd(two, _mm_unpackhi_pd(two, two)));
+    for (; i < width; ++i) {
+        const double difference = a[i] - b[i];
+        sum += norm == CheapNorm::manhattan ? std::fabs(difference) : difference * difference;
+    }
+    return sum;
+}
+
+VX_AVX2 double sum(CheapNorm norm, const double* a, const double* b, std::size_t width) {
+    return norm == CheapNorm::manhattan ? sumOf<CheapNorm::manhattan>(a, b, width)
+                                        : sumOf<CheapNorm::euclidean>(a, b, width);
+}
+
+constexpr CellFilter avx2{&tabulate, &score, &atMost, &select, &sum};
 
 } // namespace
 

@@ -22,11 +22,13 @@ constexpr std::size_t batchSize = 64; // patterns that are fetched from memory t
 constexpr std::size_t guessBlocks = 16;
 constexpr std::size_t guessNeighbors = 32; // for more of them the limit is left to the search itself
 constexpr std::size_t guessWidth = 64;     // measurements that the first look takes in
-constexpr std::size_t guessSample = 8;
+constexpr std::size_t guessSample = 4;
 
 // The work between two looks at a cancel flag: some microseconds, and well below 100 on any machine.
 constexpr std::size_t rowsPerLook = 512;
 constexpr std::size_t measurementsPerLook = 8192;
+
+constexpr std::size_t longestStretch = 8192;
 
 // The limit falls while the search goes on; the tables follow when it has fallen by this factor.
 constexpr double worthTabulating = 0.9;
@@ -57,7 +59,7 @@ CompactSearch::CompactSearch(const vxFeaturePattern& query, const vxClassifierDa
                              const CellFilter& filter)
     : query_(query), measurements_(query.featureMeasurements(false).data()),
       patterns_(StoredRows::patterns(store).data()), compact_(compact), metric_(metric),
-      norm_(cheapNorm(&metric)), normSum_(normSum(norm_)), filter_(filter), k_(static_cast<std::size_t>(k)),
+      norm_(cheapNorm(&metric)), filter_(filter), k_(static_cast<std::size_t>(k)),
       count_(compact.numPatterns()) {}
 
 std::vector<long> CompactSearch::neighbors() {
@@ -95,7 +97,8 @@ void CompactSearch::checkFlag() const {
 }
 
 double CompactSearch::sumOf(std::size_t index) const {
-    return normSum_(measurements_, patterns_[index]->featureMeasurements(false).data(), compact_.width());
+    return filter_.sum(norm_, measurements_, patterns_[index]->featureMeasurements(false).data(),
+                       compact_.width());
 }
 
 /// Finds K patterns that are probably near and takes the limit from them.
@@ -134,7 +137,7 @@ void CompactSearch::searchBlocks() {
     const std::size_t blocksPerLook = std::clamp<std::size_t>(rowsPerLook / compact_.width(), 1, 64);
     const std::size_t blocks = compact_.numBlocks();
     std::array<std::uint64_t, 64> selected;
-    for (std::size_t first = 0; first < blocks && !isGivenUp_ && !isFinished_;) {
+    for (std::size_t first = 0; first < blocks && !isFinished_;) {
         checkFlag();
         std::size_t some = std::min(blocksPerLook, blocks - first);
         if (limit_ == std::numeric_limits<double>::infinity()) {
@@ -146,7 +149,7 @@ void CompactSearch::searchBlocks() {
                            CellFilter::unitsFor(compact_.width()), some, selected.data());
         }
         visitSelected(selected.data(), first, some);
-        first += some;
+        first = std::max(first + some, next_ / blockSize);
     }
 }
 
@@ -189,7 +192,7 @@ void CompactSearch::visit(const std::size_t* indices, std::size_t count) {
         fetch(patterns_[indices[i]]->featureMeasurements(false).data());
     }
     const std::size_t perLook = std::max<std::size_t>(measurementsPerLook / compact_.width(), 1);
-    for (std::size_t i = 0; i < count && !isGivenUp_ && !isFinished_; ++i) {
+    for (std::size_t i = 0; i < count && !isFinished_; ++i) {
         if (i % perLook == 0) {
             checkFlag();
         }
@@ -199,7 +202,7 @@ void CompactSearch::visit(const std::size_t* indices, std::size_t count) {
 
 void CompactSearch::searchAll() {
     std::array<std::size_t, batchSize> batch;
-    for (std::size_t first = 0; first < count_ && !isGivenUp_ && !isFinished_; first += batchSize) {
+    for (std::size_t first = 0; first < count_ && !isFinished_; first += batchSize) {
         const std::size_t some = std::min(batchSize, count_ - first);
         std::iota(batch.begin(), batch.begin() + static_cast<std::ptrdiff_t>(some), first);
         visit(batch.data(), some);
@@ -224,6 +227,9 @@ void CompactSearch::keepSum(double sum) {
 }
 
 void CompactSearch::consider(std::size_t index) {
+    if (index < next_) {
+        return;
+    }
     const double sum = sumOf(index);
     if (sum > limit_) {
         return;
@@ -232,10 +238,9 @@ void CompactSearch::consider(std::size_t index) {
         dropFar();
         if (2 * candidates_.size() > candidates_.capacity() + 2 * k_) {
             settle();
-            isGivenUp_ = 4 * numSettled_ > index;
+            measureWhileDense(index);
         }
-        if (isGivenUp_ || isFinished_) {
-            next_ = index;
+        if (isFinished_ || index < next_) {
             return;
         }
     }
@@ -258,15 +263,28 @@ void CompactSearch::settle() {
     for (const Candidate& candidate : candidates_) {
         offer(candidate.index);
     }
-    numSettled_ += candidates_.size();
     candidates_.clear();
-    const std::vector<double>& distances = list_->distances();
-    isFinished_ = distances.size() == k_ && !(distances.back() > 0.0);
+}
+
+/// Where the sieves let most patterns through, as among patterns that are all equally far, they are only a
+/// burden: measures the patterns from `index` on without them, for longer each time that it comes here, but
+/// never more of them than went through before.
+void CompactSearch::measureWhileDense(std::size_t index) {
+    const bool isDense = 2 * candidates_.capacity() > index - next_;
+    stretch_ = isDense ? std::min(2 * stretch_ + batchSize, longestStretch) : 0;
+    const std::size_t end = std::min(index + stretch_, count_);
+    for (std::size_t i = index; i < end && !isFinished_; ++i) {
+        offer(i);
+    }
+    next_ = end;
 }
 
 void CompactSearch::offer(std::size_t index) {
     checkFlag();
     list_->offer(static_cast<long>(index), metric_.distance(query_, *patterns_[index]));
+    // No distance is less than 0, so nothing gets into a list of zeros.
+    const std::vector<double>& distances = list_->distances();
+    isFinished_ = distances.size() == k_ && !(distances.back() > 0.0);
 }
 
 std::vector<long> CompactSearch::settled() {
@@ -278,9 +296,6 @@ std::vector<long> CompactSearch::settled() {
         return found;
     }
     settle();
-    for (std::size_t i = next_; isGivenUp_ && !isFinished_ && i < count_; ++i) {
-        offer(i);
-    }
     return std::move(list_->indices());
 }
 

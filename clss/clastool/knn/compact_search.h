@@ -68,6 +68,7 @@ private:
 
     // Third sieve.
     void settle();
+    void measureWhileDense(std::size_t index);
     void offer(std::size_t index);
     std::vector<long> settled();
 
@@ -77,7 +78,6 @@ private:
     const CompactPatterns& compact_;
     const vxPatternDistanceMetric& metric_;
     const CheapNorm norm_;
-    const NormSum normSum_;
     const CellFilter& filter_;
     const std::size_t k_;
     const std::size_t count_; // of stored patterns
@@ -91,9 +91,8 @@ private:
     double tabulatedLimit_ = std::numeric_limits<double>::infinity();
 
     std::optional<NeighborList> list_; // of the candidates that had to be measured
-    std::size_t numSettled_ = 0;
-    std::size_t next_ = 0;    // the first pattern that was not considered, once the sieves gave up
-    bool isGivenUp_ = false;  // too many candidates: the rest is measured one by one
+    std::size_t next_ = 0;    // patterns before this one were measured
+    std::size_t stretch_ = 0; // how many were last measured without the sieves
     bool isFinished_ = false; // K patterns at distance 0: nothing else can matter
 };
 

@@ -3,38 +3,9 @@
 #include <vxclassifier/pattern_distance_metric_norm.h>
 
 #include <algorithm>
-#include <cmath>
 #include <typeinfo>
 
 namespace detail {
-
-namespace {
-
-struct Size {
-    static double of(double difference) noexcept { return std::fabs(difference); }
-};
-
-struct Square {
-    static double of(double difference) noexcept { return difference * difference; }
-};
-
-/// Several sums side by side, since each addition waits for the one before.
-template <class Term>
-double sumOf(const double* a, const double* b, std::size_t numberOf) {
-    double sum[4] = {};
-    std::size_t i = 0;
-    for (; i + 4 <= numberOf; i += 4) {
-        for (std::size_t k = 0; k < 4; ++k) {
-            sum[k] += Term::of(a[i + k] - b[i + k]);
-        }
-    }
-    for (; i < numberOf; ++i) {
-        sum[0] += Term::of(a[i] - b[i]);
-    }
-    return (sum[0] + sum[1]) + (sum[2] + sum[3]);
-}
-
-} // namespace
 
 CheapNorm cheapNorm(const vxPatternDistanceMetric* metric) noexcept {
     if (metric == nullptr || typeid(*metric) != typeid(vxPatternDistanceMetricNorm)) {
@@ -45,10 +16,6 @@ CheapNorm cheapNorm(const vxPatternDistanceMetric* metric) noexcept {
         return CheapNorm::manhattan;
     }
     return order == 2.0 ? CheapNorm::euclidean : CheapNorm::none;
-}
-
-NormSum normSum(CheapNorm norm) noexcept {
-    return norm == CheapNorm::manhattan ? &sumOf<Size> : &sumOf<Square>;
 }
 
 double sumLimit(double sum, std::size_t width) noexcept {

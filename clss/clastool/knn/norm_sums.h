@@ -14,13 +14,10 @@ enum class CheapNorm { none, manhattan, euclidean };
 /// only with order 1 or 2.
 CheapNorm cheapNorm(const vxPatternDistanceMetric* metric) noexcept;
 
-/// Sum of the differences' sizes or squares, in any order of adding; `numberOf` doubles each.
-using NormSum = double (*)(const double* a, const double* b, std::size_t numberOf);
-NormSum normSum(CheapNorm norm) noexcept;
-
-/// What the sums say of the published distances, which are made with `pow` and have other last bits: a
-/// pattern whose sum is above sumLimit(s, width) has a greater distance than any pattern whose sum is at most
-/// s. The proof is in docs/numerics.md; it needs sums below 1e290.
+/// A norm's sum in plain arithmetic is the sum of the differences' sizes (Manhattan) or squares (Euclidean),
+/// added in any order. What it says of the published distances, which are made with `pow` and have other last
+/// bits: a pattern whose sum is above sumLimit(s, width) has a greater distance than any pattern whose sum is
+/// at most s. The proof is in docs/numerics.md; it needs sums below 1e290.
 double sumLimit(double sum, std::size_t width) noexcept;
 
 } // namespace detail
