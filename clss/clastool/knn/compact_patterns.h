@@ -55,6 +55,11 @@ public:
     bool hasCodes() const noexcept { return !codes_.empty(); }
     std::size_t numBlocks() const noexcept { return (numPatterns_ + blockSize - 1) / blockSize; }
 
+    /// The memory that codes and cells take.
+    std::size_t numBytes() const noexcept {
+        return codes_.capacity() * sizeof(Row) + cells_.capacity() * sizeof(double);
+    }
+
     /// From this block on: for each measurement 32 bytes, whose low halves are the cells of the block's first
     /// 32 patterns, and whose high halves those of the others. Behind the last pattern the cells are 0.
     const std::uint8_t* codes(std::size_t block) const noexcept {

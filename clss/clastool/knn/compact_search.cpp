@@ -88,6 +88,7 @@ void CompactSearch::makeChecks() {
             check();
         }
     }
+    checkFlag();
 }
 
 void CompactSearch::checkFlag() const {
@@ -103,7 +104,6 @@ double CompactSearch::sumOf(std::size_t index) const {
 
 /// Finds K patterns that are probably near and takes the limit from them.
 void CompactSearch::guessLimit() {
-    checkFlag();
     tables_.resize(compact_.width() * CellFilter::tableSize);
     const std::size_t blocks = std::min(guessBlocks, count_ / blockSize);
     if (k_ > guessNeighbors || k_ > blocks * blockSize) {

@@ -1,0 +1,228 @@
+#include "clss/clastool/knn/compact_patterns.h"
+
+#include "tests/clastool/knn/compact_fixtures.h"
+#include "tests/clastool/knn/loaded_objects.h"
+#include "tests/support/archives.h"
+#include "tests/support/failing_allocation.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <random>
+
+namespace {
+
+using detail::CompactPatterns;
+using test::Measurements;
+using Store = vxClassifierDataProviderMemory;
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+
+std::size_t cellOf(const CompactPatterns& compact, std::size_t pattern, std::size_t measurement) {
+    const std::size_t place = pattern % CompactPatterns::blockSize;
+    const std::uint8_t* row =
+        compact.codes(pattern / CompactPatterns::blockSize) + measurement * CompactPatterns::rowBytes;
+    const std::uint8_t code = row[place % CompactPatterns::rowBytes];
+    return place < CompactPatterns::rowBytes ? code % 16U : code / 16U;
+}
+
+/// Expects every measurement to lie between the ends of its cell.
+void expectCellsToHold(const CompactPatterns& compact, const Store& store) {
+    ASSERT_EQ(compact.numPatterns(), static_cast<std::size_t>(store.numPatterns()));
+    for (std::size_t i = 0; i < compact.numPatterns(); ++i) {
+        const auto pattern = store.featurePattern(static_cast<long>(i));
+        for (std::size_t j = 0; j < compact.width(); ++j) {
+            const double* lows = compact.cells() + j * CompactPatterns::cellDoubles;
+            const double* highs = lows + CompactPatterns::numCells;
+            const std::size_t cell = cellOf(compact, i, j);
+            const double value = pattern->featureMeasurement(static_cast<long>(j), true);
+            ASSERT_LE(lows[cell], value) << "pattern " << i << ", measurement " << j;
+            ASSERT_GE(highs[cell], value) << "pattern " << i << ", measurement " << j;
+        }
+    }
+}
+
+TEST(CompactPatterns, HoldEveryMeasurementInItsCell) {
+    std::mt19937_64 engine(1);
+    for (const test::Data& data : test::kindsOfData()) {
+        SCOPED_TRACE(data.name);
+        for (const std::size_t count : {193u, 256u, 3000u}) {
+            const Store store = test::storeOf(test::draw(data, engine, count, 3));
+            const auto compact = CompactPatterns::describe(store);
+            ASSERT_NE(compact, nullptr);
+            EXPECT_TRUE(compact->describes(store));
+            expectCellsToHold(*compact, store);
+        }
+    }
+}
+
+TEST(CompactPatterns, GiveEachOfFewValuesItsOwnCell) {
+    std::mt19937_64 engine(2);
+    const test::Data sixteen{"", [](auto& random) { return static_cast<double>(random() % 16) * 1.5; }};
+    const auto compact = CompactPatterns::describe(test::storeOf(test::draw(sixteen, engine, 2000, 1)));
+    ASSERT_NE(compact, nullptr);
+    for (std::size_t cell = 0; cell < CompactPatterns::numCells; ++cell) {
+        EXPECT_EQ(compact->cells()[cell], static_cast<double>(cell) * 1.5);
+        EXPECT_EQ(compact->cells()[CompactPatterns::numCells + cell], static_cast<double>(cell) * 1.5);
+    }
+}
+
+TEST(CompactPatterns, HaveCodesOnceThereAreMoreThanAFew) {
+    for (const std::size_t count : {1u, 192u, 193u}) {
+        const auto compact = CompactPatterns::describe(test::storeOf({count, Measurements{1.0}}));
+        ASSERT_NE(compact, nullptr);
+        EXPECT_EQ(compact->hasCodes(), count > 192);
+    }
+}
+
+TEST(CompactPatterns, RefuseWhatIsOdd) {
+    const auto refuses = [](const Store& store) { return CompactPatterns::describe(store) == nullptr; };
+    const test::PatternHandle good = test::pattern({1.0});
+    EXPECT_FALSE(refuses(test::loadedStore({good}, {0})));
+    EXPECT_TRUE(refuses(Store()));
+    EXPECT_TRUE(refuses(test::loadedStore({test::PatternHandle()}, {0})));
+    EXPECT_TRUE(refuses(test::loadedStore({good, test::PatternHandle()}, {0, 0})));
+    EXPECT_TRUE(refuses(test::loadedStore({good, test::pattern({1.0, 2.0})}, {0, 0})));
+    EXPECT_TRUE(refuses(test::loadedStore({good, test::pattern({1.0}, {0})}, {0, 0})));
+    EXPECT_TRUE(refuses(test::storeOf({{}, {}})));
+    for (const double odd : {notANumber, infinity, -infinity, 1e141, -1e141}) {
+        EXPECT_TRUE(refuses(test::storeOf({{1.0, 1.0}, {1.0, odd}}))) << odd;
+    }
+    struct Derived : Store {
+        using Store::Store;
+    } derived;
+    derived.addData(good, 0);
+    EXPECT_TRUE(refuses(derived));
+}
+
+TEST(CompactPatterns, DescribeTheRowsThatPatternsAndLabelsBothHave) {
+    const test::PatternHandle good = test::pattern({1.0});
+    const Store store = test::loadedStore({good, good, test::PatternHandle()}, {0, 0});
+    const auto compact = CompactPatterns::describe(store);
+    ASSERT_NE(compact, nullptr);
+    EXPECT_EQ(compact->numPatterns(), 2U);
+}
+
+TEST(CompactPatterns, FollowPatternsThatAreAppended) {
+    std::mt19937_64 engine(3);
+    for (const test::Data& data : test::kindsOfData()) {
+        SCOPED_TRACE(data.name);
+        Store store = test::storeOf(test::draw(data, engine, 150, 3));
+        auto compact = CompactPatterns::describe(store);
+        for (int i = 0; i < 700; ++i) {
+            Measurements measurements = test::draw(data, engine, 3);
+            measurements[0] *= i % 100 == 0 ? -3.0 : 0.3; // beyond what was there
+            store.addData(test::pattern(measurements), 0);
+            EXPECT_FALSE(compact->describes(store));
+            CompactPatterns::follow(compact, store);
+            if (data.name == "up to the largest" && compact == nullptr) {
+                break;
+            }
+            ASSERT_NE(compact, nullptr);
+            ASSERT_TRUE(compact->describes(store));
+        }
+        if (compact != nullptr) {
+            EXPECT_TRUE(compact->hasCodes());
+            expectCellsToHold(*compact, store);
+        }
+    }
+}
+
+TEST(CompactPatterns, EndWithAnOddPattern) {
+    for (const test::PatternHandle& odd :
+         {test::pattern({notANumber}), test::pattern({1e200}), test::pattern({1.0}, {0})}) {
+        for (const std::size_t count : {3u, 300u}) {
+            Store store = test::storeOf({count, Measurements{1.0}});
+            auto compact = CompactPatterns::describe(store);
+            store.addData(odd, 0);
+            CompactPatterns::follow(compact, store);
+            EXPECT_EQ(compact, nullptr);
+        }
+    }
+}
+
+TEST(CompactPatterns, DoNotOutliveAChangeOfTheStore) {
+    const auto isOverAfter = [](const auto& change) {
+        Store store = test::storeOf({{1.0}, {2.0}});
+        const auto compact = CompactPatterns::describe(store);
+        change(store);
+        return !compact->describes(store);
+    };
+    EXPECT_FALSE(isOverAfter([](Store& store) { store.setName(L"another"); }));
+    EXPECT_TRUE(isOverAfter([](Store& store) { store.addData(test::pattern({1.0}), 0); }));
+    EXPECT_TRUE(isOverAfter([](Store& store) { store.data({test::pattern({1.0})}, {0}); }));
+    EXPECT_TRUE(isOverAfter([](Store& store) { store = Store(); }));
+    EXPECT_TRUE(isOverAfter([](Store& store) {
+        test::load(test::archiveOf([](vxArchive& archive) {
+                       Store other;
+                       archive || other;
+                   }),
+                   store);
+    }));
+}
+
+TEST(CompactPatterns, DoNotOutliveAChangeOfAPattern) {
+    const vxPtrHandle<vxFeaturePattern> changing(new vxFeaturePattern({1.0}, {}));
+    Store store;
+    store.addData(test::pattern({2.0}), 0);
+    store.addData(changing, 0);
+    const auto compact = CompactPatterns::describe(store);
+    vxFeaturePattern another({3.0}, {});
+    another = vxFeaturePattern({4.0}, {}); // in no store
+    EXPECT_TRUE(compact->describes(store));
+    *changing = another;
+    EXPECT_FALSE(compact->describes(store));
+
+    const auto anew = CompactPatterns::describe(store);
+    EXPECT_TRUE(anew->describes(store));
+    const test::Bytes record = test::archiveOf([&](vxArchive& archive) { archive || another; });
+    test::load(record, *changing);
+    EXPECT_FALSE(anew->describes(store));
+}
+
+TEST(CompactPatterns, TakeLittleMemoryBesideTheMeasurements) {
+    for (const std::size_t width : {1u, 4u, 16u, 64u}) {
+        for (const std::size_t count : {100u, 193u, 250u, 257u, 1000u, 5000u}) {
+            Store store = test::storeOf({count, Measurements(width, 1.0)});
+            auto compact = CompactPatterns::describe(store);
+            for (std::size_t now = count;; ++now) {
+                ASSERT_LE(static_cast<double>(compact->numBytes()),
+                          0.3 * static_cast<double>(now * width * sizeof(double)))
+                    << now << " patterns of " << width;
+                if (now == count + 200) {
+                    break;
+                }
+                store.addData(test::pattern(Measurements(width, 1.0)), 0);
+                CompactPatterns::follow(compact, store);
+            }
+        }
+    }
+}
+
+TEST(CompactPatterns, AreDoneWithoutWhereMemoryIsShort) {
+    const Store store = test::storeOf({300, Measurements(4, 1.0)});
+    bool wentWithout = false;
+    for (long number = 1;; ++number) {
+        const test::FailingAllocation failing(number);
+        if (CompactPatterns::describe(store) != nullptr) {
+            break;
+        }
+        wentWithout = true;
+    }
+    EXPECT_TRUE(wentWithout);
+    const auto compact = CompactPatterns::describe(store);
+    const test::FailingAllocation failing(1);
+    EXPECT_EQ(CompactPatterns::copyOf(compact), nullptr);
+}
+
+TEST(CompactPatterns, AreCopiedWithWhatTheyDescribe) {
+    const Store store = test::storeOf({300, Measurements(4, 1.0)});
+    const auto copy = CompactPatterns::copyOf(CompactPatterns::describe(store));
+    ASSERT_NE(copy, nullptr);
+    EXPECT_TRUE(copy->describes(Store(store)));
+    expectCellsToHold(*copy, store);
+    EXPECT_EQ(CompactPatterns::copyOf(nullptr), nullptr);
+}
+
+} // namespace
