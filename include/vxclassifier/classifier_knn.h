@@ -77,7 +77,7 @@ protected:
     /// vxClassifierDefs::BadParams if an archive brought a K below 1; vxBadPointer for a null pattern or
     /// metric; what the metric, the interruption check and vxClassifierResult throw. A check of the caller's
     /// own is made once for each stored pattern and once for each category; a vxCancelFlag is looked at
-    /// several times in 100 microseconds. Time is linear in the number of stored patterns, and least for
+    /// more than once in 100 microseconds. Time is linear in the number of stored patterns, and least for
     /// vxPatternDistanceMetricNorm itself with order 1 or 2, which most patterns need not be measured by;
     /// memory depends on K only.
     void run_(const vxFeaturePattern& pattern, vxClassifierResult& result) const override;
