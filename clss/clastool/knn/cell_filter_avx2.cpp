@@ -10,6 +10,8 @@
 // Only these functions may use the instructions: the rest of the library runs on any processor of its kind.
 #define VX_AVX2 __attribute__((target("avx2")))
 
+// NOLINTBEGIN(portability-simd-intrinsics): portableCellFilter is what other processors run.
+
 namespace detail {
 
 namespace {
@@ -213,10 +215,13 @@ constexpr CellFilter avx2{&tabulate, &score, &atMost, &select, &sum};
 } // namespace
 
 const CellFilter* avx2CellFilter() noexcept {
-    return __builtin_cpu_supports("avx2") != 0 ? &avx2 : nullptr;
+    const auto isKnown = static_cast<bool>(__builtin_cpu_supports("avx2"));
+    return isKnown ? &avx2 : nullptr;
 }
 
 } // namespace detail
+
+// NOLINTEND(portability-simd-intrinsics)
 
 #else
 

@@ -169,9 +169,7 @@ void CompactPatterns::makeCodes(const vxClassifierDataProviderMemory& store) {
     for (std::size_t i = 0; i < numPatterns_; ++i) {
         encode(i, patterns[i]->featureMeasurements(false).data(), cellOf);
     }
-    for (double& bound : cells_) {
-        bound = bound == -infinity ? infinity : bound; // cells that are not needed
-    }
+    std::replace(cells_.begin(), cells_.end(), -infinity, infinity); // cells that are not needed
     numWhenMade_ = numPatterns_;
 }
 
