@@ -30,6 +30,24 @@ void loadInto(vxArchive& archive, vxPtrHandle<vxClsFtSc>& handle) {
     handle.reset(loaded.release());
 }
 
+/// Calls `note()` at the end if the archive is loading, also if it ends early: what was read so far stays.
+template <class Note>
+class OnceLoaded {
+public:
+    OnceLoaded(const vxArchive& archive, Note note) : isLoading_(archive.isLoading()), note_(note) {}
+    ~OnceLoaded() {
+        if (isLoading_) {
+            note_();
+        }
+    }
+    OnceLoaded(const OnceLoaded&) = delete;
+    OnceLoaded& operator=(const OnceLoaded&) = delete;
+
+private:
+    bool isLoading_;
+    Note note_;
+};
+
 void store(vxArchive& archive, vxClsFtSc& function) {
     if (isExactly<vxClassifierFeatureScoreIgnore>(function)) {
         storeTagged<vxClassifierFeatureScoreIgnore>(archive, ignoreTag, function);
@@ -65,10 +83,12 @@ vxArchive& operator||(vxArchive& archive, vxClassifierFeatureScoreIgnore&) {
 }
 
 vxArchive& operator||(vxArchive& archive, vxClassifierFeatureScoreOneSided& function) {
+    const OnceLoaded once(archive, [&] { function.noteSoundness_(); });
     return archive || function.x0_ || function.x1_ || function.xc_ || function.y0_ || function.y1_;
 }
 
 vxArchive& operator||(vxArchive& archive, vxClassifierFeatureScoreTwoSided& function) {
+    const OnceLoaded once(archive, [&] { function.noteSoundness_(); });
     return archive || function.low_ || function.high_;
 }
 

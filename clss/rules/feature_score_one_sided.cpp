@@ -1,4 +1,5 @@
 #include "clss/rules/score_checks.h"
+#include "clss/rules/sound_score.h"
 
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/feature_score.h>
@@ -40,6 +41,7 @@ void vxClassifierFeatureScoreOneSided::init(double x0, double x1, double xc, dou
     xc_ = xc;
     y0_ = y0;
     y1_ = y1;
+    isSound_ = true;
 }
 
 void vxClassifierFeatureScoreOneSided::y0(double value) {
@@ -52,26 +54,15 @@ void vxClassifierFeatureScoreOneSided::y1(double value) {
     y1_ = value;
 }
 
-// The comparisons are written so that NaN takes the published way through them.
+void vxClassifierFeatureScoreOneSided::noteSoundness_() noexcept {
+    isSound_ = detail::liesBetween(x0_, x1_, xc_);
+}
+
 double vxClassifierFeatureScoreOneSided::score(double x) const {
-    if (!detail::liesBetween(x0_, x1_, xc_)) {
+    if (!isSound_) {
         throw vxClassifierDefs::BadParams(L"x1 must lie between x0 and xc");
     }
-    const bool rising = !(x0_ > x1_) && !(x1_ > xc_);
-    const bool beyondCutOff = rising ? x > xc_ : !(x >= xc_);
-    if (beyondCutOff) {
-        return 0.0;
-    }
-    const bool onPlateau = rising ? x >= x1_ : x <= x1_;
-    if (onPlateau) {
-        return y1_;
-    }
-    const bool beforeRamp = rising ? x <= x0_ : x >= x0_;
-    if (beforeRamp) {
-        return y0_;
-    }
-    // The published order of the operations; any other would round differently.
-    return (x1_ * y0_ - x0_ * y1_ - (y0_ - y1_) * x) / (x1_ - x0_);
+    return detail::SoundScore::of(*this, x);
 }
 
 vxClsFtSc* vxClassifierFeatureScoreOneSided::clone() const {

@@ -1,20 +1,11 @@
 #include "clss/rules/score_checks.h"
+#include "clss/rules/sound_score.h"
 
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/feature_score.h>
 
 #include <algorithm>
 #include <typeinfo>
-
-namespace {
-
-void requireBetween(const vxClassifierFeatureScoreOneSided& part) {
-    if (!detail::liesBetween(part.x0(), part.x1(), part.xc())) {
-        throw vxClassifierDefs::BadParams(L"x1 must lie between x0 and xc");
-    }
-}
-
-} // namespace
 
 vxClassifierFeatureScoreTwoSided::vxClassifierFeatureScoreTwoSided() noexcept = default;
 vxClassifierFeatureScoreTwoSided::vxClassifierFeatureScoreTwoSided(
@@ -34,6 +25,7 @@ void vxClassifierFeatureScoreTwoSided::init(double x0, double x1, double xc, dou
     low.init(x0, x1, xc, y0, y1);
     high_.init(x0h, x1h, xch, y0h, y1h);
     low_ = low;
+    noteSoundness_();
 }
 
 void vxClassifierFeatureScoreTwoSided::y0(double value) {
@@ -58,15 +50,18 @@ void vxClassifierFeatureScoreTwoSided::y1h(double value) {
     high_.y1(value);
 }
 
+void vxClassifierFeatureScoreTwoSided::noteSoundness_() noexcept {
+    const double lowest = detail::SoundScore::lowestOfHigh(*this);
+    const bool reachesIntoHigh = x0() > lowest || x1() > lowest || xc() > lowest;
+    isSound_ = detail::SoundScore::isSound(low_) && detail::SoundScore::isSound(high_) && !reachesIntoHigh;
+}
+
 double vxClassifierFeatureScoreTwoSided::score(double x) const {
-    requireBetween(low_);
-    requireBetween(high_);
-    // The high x1 lies between the other two, so it cannot be the smallest.
-    const double lowest = std::min(x0h(), xch());
-    if (x0() > lowest || x1() > lowest || xc() > lowest) {
-        throw vxClassifierDefs::BadParams(L"Bad x values");
+    if (!isSound_) {
+        const bool partsAreSound = detail::SoundScore::isSound(low_) && detail::SoundScore::isSound(high_);
+        throw vxClassifierDefs::BadParams(partsAreSound ? L"Bad x values" : L"x1 must lie between x0 and xc");
     }
-    return x >= lowest ? high_.score(x) : low_.score(x);
+    return detail::SoundScore::of(*this, x);
 }
 
 vxClsFtSc* vxClassifierFeatureScoreTwoSided::clone() const {

@@ -1,19 +1,10 @@
+#include "clss/rules/rule_score.h"
+
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/platform/archive.h>
 #include <vxclassifier/rule.h>
 
-#include <cmath>
 #include <cstddef>
-
-namespace {
-
-/// Whether a score is the mark of a feature to leave out. NaN is neither less nor greater than the mark, so
-/// it counts as the mark.
-bool isLeftOut(double score) {
-    return !(score < -1.0) && !(score > -1.0);
-}
-
-} // namespace
 
 void vxClassifierRule::init(std::vector<vxPtrHandle<vxClsFtSc>>& scoringMethods, long label) {
     if (label < 0) {
@@ -34,20 +25,11 @@ double vxClassifierRule::score(const vxClassifierFeatureVector& featureVector) c
     if (values.empty()) {
         throw vxClassifierDefs::BadParams(L"featureVector.featureValues().size() == 0");
     }
-    double product = 1.0;
-    double used = 0.0;
+    detail::MeanScore scores;
     for (std::size_t i = 0; i < values.size(); ++i) {
-        const double score = scoringMethods_[i]->score(values[i]);
-        if (!isLeftOut(score)) {
-            product = product * score;
-            used = used + 1.0;
-        }
+        scores.take(scoringMethods_[i]->score(values[i]));
     }
-    // A rule that uses no feature fits everything: its product is 1, and so would be 1 to the power of 1 / 0.
-    if (!(product > 0.0) || used == 0.0) {
-        return product;
-    }
-    return std::pow(product, 1.0 / used);
+    return scores.mean();
 }
 
 bool vxClassifierRule::operator==(const vxClassifierRule& other) const {

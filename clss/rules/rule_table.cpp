@@ -1,3 +1,5 @@
+#include "clss/rules/rule_score.h"
+
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/platform/archive.h>
 #include <vxclassifier/rule_table.h>
@@ -55,7 +57,7 @@ long vxClassifierRuleTable::classifyHardThreshold(const vxClassifierFeatureVecto
             L"featureVector.featureValues().size() != rules_[0].scoringMethods().size())");
     }
     for (const vxClassifierRule& rule : rules_) {
-        if (rule.score(featureVector) > hardThreshold) {
+        if (detail::isScoreAbove(rule, featureVector, hardThreshold)) {
             return rule.label();
         }
     }

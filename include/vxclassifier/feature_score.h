@@ -7,6 +7,10 @@
 
 class vxArchive;
 
+namespace detail {
+class SoundScore;
+}
+
 /// Says how well one feature value fits: a score from 0 to 1, or the mark -1, by which a rule leaves the
 /// feature out (docs/rule-tables.md has a drawing of the shapes).
 ///
@@ -80,9 +84,18 @@ public:
     double y1() const noexcept { return y1_; } ///< the score of the plateau
 
     /// These three store without a check, so that the values can be moved one by one; `score` checks them.
-    void x0(double value) noexcept { x0_ = value; }
-    void x1(double value) noexcept { x1_ = value; }
-    void xc(double value) noexcept { xc_ = value; }
+    void x0(double value) noexcept {
+        x0_ = value;
+        noteSoundness_();
+    }
+    void x1(double value) noexcept {
+        x1_ = value;
+        noteSoundness_();
+    }
+    void xc(double value) noexcept {
+        xc_ = value;
+        noteSoundness_();
+    }
 
     /// These two throw vxClassifierDefs::BadParams, and change nothing, for a value not within [0, 1].
     void y0(double value);
@@ -104,6 +117,9 @@ public:
 private:
     friend VXCLASSIFIER_API vxArchive& operator||(vxArchive& archive,
                                                   vxClassifierFeatureScoreOneSided& function);
+    friend class detail::SoundScore;
+
+    void noteSoundness_() noexcept;
 
     // Nothing holds for the x values: the setters and loading store them unchecked. The y values lie within
     // [0, 1] unless they were loaded.
@@ -112,6 +128,7 @@ private:
     double xc_ = 1.0;
     double y0_ = 1.0;
     double y1_ = 0.0;
+    bool isSound_ = true; // whether x1 lies between x0 and xc
 };
 
 /// Two one-sided functions side by side: the high one scores the values from the smallest of its own x values
@@ -151,12 +168,30 @@ public:
     double y1h() const noexcept { return high_.y1(); }
 
     /// These six store without a check; `score` checks them.
-    void x0(double value) noexcept { low_.x0(value); }
-    void x1(double value) noexcept { low_.x1(value); }
-    void xc(double value) noexcept { low_.xc(value); }
-    void x0h(double value) noexcept { high_.x0(value); }
-    void x1h(double value) noexcept { high_.x1(value); }
-    void xch(double value) noexcept { high_.xc(value); }
+    void x0(double value) noexcept {
+        low_.x0(value);
+        noteSoundness_();
+    }
+    void x1(double value) noexcept {
+        low_.x1(value);
+        noteSoundness_();
+    }
+    void xc(double value) noexcept {
+        low_.xc(value);
+        noteSoundness_();
+    }
+    void x0h(double value) noexcept {
+        high_.x0(value);
+        noteSoundness_();
+    }
+    void x1h(double value) noexcept {
+        high_.x1(value);
+        noteSoundness_();
+    }
+    void xch(double value) noexcept {
+        high_.xc(value);
+        noteSoundness_();
+    }
 
     /// These four throw vxClassifierDefs::BadParams, and change nothing, for a value not within [0, 1].
     void y0(double value);
@@ -174,9 +209,13 @@ public:
 private:
     friend VXCLASSIFIER_API vxArchive& operator||(vxArchive& archive,
                                                   vxClassifierFeatureScoreTwoSided& function);
+    friend class detail::SoundScore;
+
+    void noteSoundness_() noexcept;
 
     vxClassifierFeatureScoreOneSided low_;
     vxClassifierFeatureScoreOneSided high_;
+    bool isSound_ = false; // whether both parts are, and the low one does not reach into the high one
 };
 
 /// Exchanges nothing.
