@@ -4,6 +4,12 @@
 #include <vxclassifier/classifier.h>
 #include <vxclassifier/decision_tree.h>
 
+#include <memory>
+
+namespace detail {
+class FlatTree;
+}
+
 /// The technique that walks a decision tree built by the caller, and answers with the result in the leaf that
 /// it comes to. It has no training parameters and learns nothing from data.
 ///
@@ -61,7 +67,7 @@ private:
 
 public:
     /// Untrains, then keeps a clone of the tree, which is not checked and may be part of the tree held so
-    /// far. If cloning throws, the classifier is untrained.
+    /// far. If cloning throws, the classifier is untrained. Linear in the number of nodes.
     void trainManual(const vxDecisionTree& tree, vxDiagObject* diag = nullptr, unsigned long flags = 0);
 
     /// The tree, null when untrained.
@@ -77,7 +83,10 @@ protected:
     void serialize_(vxArchive& archive, unsigned char version);
 
 private:
-    vxPtrHandle_const<vxDecisionTree> tree_; // null when untrained
+    void layOut() noexcept;
+
+    vxPtrHandle_const<vxDecisionTree> tree_;       // null when untrained
+    std::shared_ptr<const detail::FlatTree> flat_; // of the same tree; null if there was no memory for it
 
     static vx_Instantiator sExemplar;
 };

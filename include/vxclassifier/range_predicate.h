@@ -6,6 +6,10 @@
 
 #include <vector>
 
+namespace detail {
+class RangeTest;
+}
+
 /// True for a pattern if all of certain measurements are valid and lie within a range.
 ///
 /// Initial state: the full range for measurement 0, or what the constructor is given; immutable but for
@@ -53,6 +57,8 @@ protected:
     void serialize_(vxArchive& archive, unsigned char version);
 
 private:
+    friend class detail::RangeTest;
+
     vxRange measurementRange_;
     std::vector<long> measurementIndices_; // >= 0, but for what an archive brought
 

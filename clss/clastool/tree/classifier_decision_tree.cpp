@@ -1,22 +1,17 @@
 #include <vxclassifier/classifier_decision_tree.h>
 
-#include "clss/clastool/tree/tree_node_access.h"
+#include "clss/clastool/tree/flat_tree.h"
+#include "clss/clastool/tree/tree_walk.h"
 #include "platform/archive/class_level.h"
 
 #include <vxclassifier/classifier_defs.h>
-#include <vxclassifier/decision_tree_leaf.h>
-#include <vxclassifier/decision_tree_node.h>
 #include <vxclassifier/platform/archive.h>
-#include <vxclassifier/platform/attention.h>
 #include <vxclassifier/platform/diag_object.h>
-#include <vxclassifier/platform/status.h>
 
 vx_Instantiator vx_ClassifierDecisionTree::sExemplar(typeid(vx_ClassifierDecisionTree),
                                                      &vx_ClassifierDecisionTree::make);
 
 namespace {
-
-using detail::TreeNodeAccess;
 
 [[noreturn]] void refuseTraining() {
     throw vxClassifierDefs::NotImplemented(L"Automatic decision tree training is not implemented.");
@@ -24,14 +19,6 @@ using detail::TreeNodeAccess;
 
 [[noreturn]] void refuseIncrementalTraining() {
     throw vxClassifierDefs::NotImplemented(L"Incremental decision tree training is not implemented.");
-}
-
-const vxDecisionTreeNode* requireNode(const vxDecisionTree& tree) {
-    const auto* node = dynamic_cast<const vxDecisionTreeNode*>(&tree);
-    if (node == nullptr) {
-        throw vxBadPointer();
-    }
-    return node;
 }
 
 } // namespace
@@ -44,6 +31,7 @@ vx_ClassifierDecisionTree::operator=(const vx_ClassifierDecisionTree& other) noe
     beginAssignment_();
     vx_Classifier::operator=(other);
     tree_ = other.tree_;
+    flat_ = other.flat_;
     return *this;
 }
 
@@ -86,6 +74,7 @@ void vx_ClassifierDecisionTree::trainIncremental_(const vxFeaturePattern&, long)
 }
 
 void vx_ClassifierDecisionTree::untrain_() {
+    flat_.reset();
     tree_.reset();
 }
 
@@ -96,20 +85,9 @@ bool vx_ClassifierDecisionTree::isTrained_() const {
 void vx_ClassifierDecisionTree::checkRunnable_() const {}
 
 void vx_ClassifierDecisionTree::run_(const vxFeaturePattern& pattern, vxClassifierResult& result) const {
-    const vxDecisionTree* tree = &*tree_;
-    for (;;) {
-        vfThrowExceptionOnFailure(vsys_attention_check());
-        const vxDecisionTreeNode* node = detail::exactNode(*tree); // most of what a walk meets
-        if (node == nullptr) {
-            if (const auto* leaf = dynamic_cast<const vxDecisionTreeLeaf*>(tree)) {
-                result = leaf->classifierResult();
-                return;
-            }
-            node = requireNode(*tree);
-        }
-        const bool outcome = TreeNodeAccess::predicateFunction(*node)->outcome(pattern);
-        tree = &*(outcome ? TreeNodeAccess::trueTree(*node) : TreeNodeAccess::falseTree(*node));
-    }
+    const vxDecisionTreeLeaf& leaf =
+        flat_ == nullptr ? detail::leafFor(*tree_, pattern) : flat_->leafFor(pattern);
+    result = leaf.classifierResult();
 }
 
 void vx_ClassifierDecisionTree::recordTrainInputs_(vxDiagObject*, unsigned long) const {}
@@ -128,6 +106,7 @@ void vx_ClassifierDecisionTree::trainManual(const vxDecisionTree& tree, vxDiagOb
     untrain();
     forgetParams_();
     tree_ = tree.clone();
+    layOut();
     vxDiagObject* destination = vxDiagObject::getRecordingDestination(diag, flags);
     recordTrainInputs_(destination, flags);
     recordTrainDetails_(diag, flags); // the caller's own object, unlike the two others
@@ -141,5 +120,15 @@ void vx_ClassifierDecisionTree::dispatchSerialize(vxArchive& archive) {
 void vx_ClassifierDecisionTree::serialize_(vxArchive& archive, unsigned char version) {
     detail::requireVersionZero(version);
     vx_Classifier::dispatchSerialize(archive);
+    if (archive.isStoring()) {
+        archive || tree_;
+        return;
+    }
+    flat_.reset(); // it borrows from the tree that goes
     archive || tree_;
+    layOut();
+}
+
+void vx_ClassifierDecisionTree::layOut() noexcept {
+    flat_ = tree_ == nullptr ? nullptr : detail::FlatTree::of(*tree_);
 }

@@ -1,12 +1,10 @@
 #include <vxclassifier/range_predicate.h>
 
 #include "clss/clastool/tree/measurement_index.h"
+#include "clss/clastool/tree/range_test.h"
 #include "platform/archive/class_level.h"
 
-#include <vxclassifier/feature_pattern.h>
 #include <vxclassifier/platform/archive.h>
-
-#include <algorithm>
 
 vx_Instantiator vxRangePredicate::sExemplar(typeid(vxRangePredicate), &vxRangePredicate::make);
 
@@ -32,9 +30,7 @@ vxPersistent* vxRangePredicate::make() {
 }
 
 bool vxRangePredicate::outcome(const vxFeaturePattern& pattern) const {
-    return std::all_of(measurementIndices_.begin(), measurementIndices_.end(), [&](long index) {
-        return pattern.isValid(index) && measurementRange_.isWithin(pattern.featureMeasurement(index, true));
-    });
+    return detail::RangeTest::outcome(*this, pattern);
 }
 
 vxPtrHandle<vxPredicateFunction> vxRangePredicate::clone() const {

@@ -1,0 +1,62 @@
+#ifndef CLSS_CLASTOOL_TREE_FLAT_TREE_H
+#define CLSS_CLASTOOL_TREE_FLAT_TREE_H
+
+#include <vxclassifier/decision_tree_leaf.h>
+#include <vxclassifier/feature_pattern.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace detail {
+
+/// A decision tree laid out for walking: one array instead of three objects for each question. A walk over
+/// the objects waits for memory several times at each of them once a tree is larger than the caches.
+///
+/// Covers the nodes of exactly the library's class whose question is a range of one measurement, which is
+/// what trained trees consist of. Where anything else comes, the walk goes on over the objects. So the answer
+/// is always that of leafFor for the whole tree, with the same interruption checks and exceptions.
+///
+/// Borrows the tree, which must not change. Takes 24 bytes for each node and leaf.
+class FlatTree {
+public:
+    /// Null if memory runs out, or for a tree too large to be numbered.
+    static std::shared_ptr<const FlatTree> of(const vxDecisionTree& top) noexcept;
+
+    /// As leafFor(top, pattern).
+    const vxDecisionTreeLeaf& leafFor(const vxFeaturePattern& pattern) const;
+
+private:
+    friend class FlatTreeBuilder;
+
+    /// What stands at a place. The branch for false stands at the next place.
+    struct Place {
+        union {
+            struct {
+                double lower;
+                double upper;
+            } range;
+            struct {
+                const vxDecisionTreeLeaf* leaf;
+                const vxClassifierCategoryResult* entries; // of the leaf, to fetch both at a time
+            } end;
+            const vxDecisionTree* other; // may be null
+        };
+        std::uint32_t measurement; // of a question; else one of the following
+        std::uint32_t target;      // of a question: the place of the branch for true; of a jump: where to
+    };
+    static constexpr std::uint32_t isLeaf = 0xffffffffU;
+    static constexpr std::uint32_t isOther = 0xfffffffeU;
+    static constexpr std::uint32_t isJump = 0xfffffffdU; // to a branch that is shared and stands elsewhere
+    static constexpr std::uint32_t firstMark = isJump;
+
+    const vxDecisionTreeLeaf& arriveAt(const Place& place, const vxFeaturePattern& pattern,
+                                       bool isChecked) const;
+
+    std::vector<Place> places_; // the top first
+};
+
+} // namespace detail
+
+#endif
