@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <exception>
+#include <functional>
 #include <limits>
 #include <typeinfo>
 
@@ -27,6 +28,17 @@ bool areOrdinary(const std::vector<double>& measurements) noexcept {
         ordinary &= std::fabs(value) <= CompactPatterns::largest; // false for NaN
     }
     return ordinary;
+}
+
+/// Whether at most half of the rows repeat a pattern of another row. Each row has codes of its own, so those
+/// of a wide pattern that an archive names a million times would take far more memory than the archive.
+bool areMostlyDifferent(const Patterns& patterns, std::size_t count) {
+    std::vector<const vxFeaturePattern*> sorted(count);
+    std::transform(patterns.begin(), patterns.begin() + static_cast<std::ptrdiff_t>(count), sorted.begin(),
+                   [](const auto& pattern) { return pattern.get(); });
+    std::sort(sorted.begin(), sorted.end(), std::less<>());
+    const auto end = std::unique(sorted.begin(), sorted.end());
+    return 2 * static_cast<std::size_t>(end - sorted.begin()) >= count;
 }
 
 /// The values of one measurement in patterns that stand evenly among all, in ascending order.
@@ -143,7 +155,10 @@ bool CompactPatterns::read(const vxClassifierDataProviderMemory& store) {
         PatternObservation::observe(*pattern);
     }
     if (count > fewPatterns) {
-        makeCodes(store);
+        numWhenMade_ = count;
+        if (areMostlyDifferent(patterns, count)) {
+            makeCodes(store);
+        }
     }
     return true;
 }
@@ -170,7 +185,6 @@ void CompactPatterns::makeCodes(const vxClassifierDataProviderMemory& store) {
         encode(i, patterns[i]->featureMeasurements(false).data(), cellOf);
     }
     std::replace(cells_.begin(), cells_.end(), -infinity, infinity); // cells that are not needed
-    numWhenMade_ = numPatterns_;
 }
 
 template <class CellOf>

@@ -16,7 +16,8 @@ namespace detail {
 /// largest value within. Each measurement has cells of its own, made so that about equally many values lie in
 /// each; of at most 16 different values each gets a cell for itself.
 ///
-/// Few patterns get no codes, since looking at the cells would cost more than looking at the patterns.
+/// Few patterns get no codes, since looking at the cells would cost more than looking at the patterns; nor do
+/// patterns most of which stand in several rows, since the codes are made for each row.
 ///
 /// Describes only patterns of which a search need not expect anything odd: there is at least one, all have
 /// the same number of measurements, at least one, all are valid, and none is beyond `largest`.
@@ -87,7 +88,7 @@ private:
 
     std::size_t numPatterns_ = 0;
     std::size_t width_ = 0;
-    std::size_t numWhenMade_ = 0; // patterns that the cells were made from
+    std::size_t numWhenMade_ = 0; // patterns, when it was last decided about codes
     std::uint64_t revision_ = 0;  // of the store
     std::uint64_t changes_ = 0;   // of observed patterns, up to the reading
     std::vector<Row> codes_;

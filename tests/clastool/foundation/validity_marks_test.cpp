@@ -160,9 +160,10 @@ TEST(ValidityMarks, AfterALoadThatFailedAreTheOldOnesOrThoseReadSoFar) {
 
 TEST(ValidityMarks, LeaveAPatternSmall) {
     EXPECT_EQ(sizeof(ValidityMarks), 8U);
-    // What the base classes and a vector take, and the marks.
-    EXPECT_EQ(sizeof(vxFeaturePattern),
-              sizeof(vxPersistent) + sizeof(vxRepBase) + sizeof(std::vector<double>) + sizeof(ValidityMarks));
+    // What the base classes and a vector take, the marks, and one word for the mark of being observed.
+    EXPECT_EQ(sizeof(vxFeaturePattern), sizeof(vxPersistent) + sizeof(vxRepBase) +
+                                            sizeof(std::vector<double>) + sizeof(ValidityMarks) +
+                                            sizeof(void*));
 }
 
 } // namespace

@@ -76,6 +76,29 @@ TEST(CompactPatterns, HaveCodesOnceThereAreMoreThanAFew) {
     }
 }
 
+TEST(CompactPatterns, HaveNoCodesForPatternsThatStandInManyRows) {
+    const test::PatternHandle shared = test::pattern({1.0});
+    const auto withShared = [&](std::size_t numShared, std::size_t numOthers) {
+        Store store = test::storeOf({numOthers, Measurements{2.0}});
+        for (std::size_t i = 0; i < numShared; ++i) {
+            store.addData(shared, 0);
+        }
+        return store;
+    };
+    EXPECT_TRUE(CompactPatterns::describe(withShared(201, 199))->hasCodes());
+    EXPECT_FALSE(CompactPatterns::describe(withShared(202, 198))->hasCodes());
+
+    Store store = withShared(300, 0);
+    auto compact = CompactPatterns::describe(store);
+    for (int i = 0; i < 300; ++i) {
+        store.addData(test::pattern({3.0}), 0);
+        EXPECT_FALSE(compact->hasCodes());
+        CompactPatterns::follow(compact, store);
+        ASSERT_TRUE(compact->describes(store));
+    }
+    EXPECT_TRUE(compact->hasCodes()); // twice as many as before, and half of them differ
+}
+
 TEST(CompactPatterns, RefuseWhatIsOdd) {
     const auto refuses = [](const Store& store) { return CompactPatterns::describe(store) == nullptr; };
     const test::PatternHandle good = test::pattern({1.0});
