@@ -135,9 +135,19 @@ TEST(KNNHostile, TakesNoParametersOfAnotherTechnique) {
 }
 
 TEST(KNNHostile, AsksForTheMeasurementsOfAPatternOnceAndNotForEach) {
-    // Each time they would all be found valid: that would be 10^12 steps.
-    const std::vector<double> million(1000000, 1.0);
-    EXPECT_EQ(vxPatternDistanceMetricNorm(1.0).distance(*pattern(million), *pattern(million)), 0.0);
+    // All measurements are valid, but the mark behind them is not, so that they have to be looked through
+    // whenever they are asked for: for each measurement anew that would be 10^12 steps.
+    constexpr std::size_t million = 1000000;
+    vxFeaturePattern odd({}, {});
+    test::load(test::archiveOf([&](vxArchive& archive) {
+                   std::vector<double> measurements(million, 1.0);
+                   std::vector<bool> validity(million, true);
+                   validity.push_back(false);
+                   test::putLevels(archive, 2);
+                   archive || measurements || validity;
+               }),
+               odd);
+    EXPECT_EQ(vxPatternDistanceMetricNorm(1.0).distance(odd, odd), 0.0);
 }
 
 TEST(KNNHostile, CanBeTrainedAndRetrainedWithItsOwnParameters) {
