@@ -84,7 +84,7 @@ private:
     std::wstring description_;
     // Parallel. An archive can bring vectors of different lengths: only the rows that both have count.
     std::vector<vxPtrHandle_const<vxFeaturePattern>> patterns_;
-    std::vector<long> labels_;    // >= -1
+    std::vector<long> labels_;   // >= -1
     std::uint64_t revision_ = 0; // counts the changes of the two
 
     static vx_Instantiator sExemplar;

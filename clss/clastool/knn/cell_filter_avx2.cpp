@@ -10,8 +10,6 @@
 // Only these functions may use the instructions: the rest of the library runs on any processor of its kind.
 #define VX_AVX2 __attribute__((target("avx2")))
 
-// NOLINTBEGIN(portability-simd-intrinsics): portableCellFilter is what other processors run.
-
 namespace detail {
 
 namespace {
@@ -220,8 +218,6 @@ const CellFilter* avx2CellFilter() noexcept {
 }
 
 } // namespace detail
-
-// NOLINTEND(portability-simd-intrinsics)
 
 #else
 

@@ -91,9 +91,9 @@ private:
     double tabulatedLimit_ = std::numeric_limits<double>::infinity();
 
     std::optional<NeighborList> list_; // of the candidates that had to be measured
-    std::size_t next_ = 0;    // patterns before this one were measured
-    std::size_t stretch_ = 0; // how many were last measured without the sieves
-    bool isFinished_ = false; // K patterns at distance 0: nothing else can matter
+    std::size_t next_ = 0;             // patterns before this one were measured
+    std::size_t stretch_ = 0;          // how many were last measured without the sieves
+    bool isFinished_ = false;          // K patterns at distance 0: nothing else can matter
 };
 
 } // namespace detail
