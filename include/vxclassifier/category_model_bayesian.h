@@ -8,7 +8,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
+
+namespace detail {
+class ModelTrainer;
+class ScoringPlan;
+} // namespace detail
 
 /// What the Bayesian technique knows of one category: one density for each dependency set of measurements.
 /// The sets are taken as independent of each other, so the log-likelihood of a pattern is the sum of their
@@ -67,14 +73,16 @@ protected:
 
 private:
     friend class vx_ClassifierBayesian;
+    friend class detail::ModelTrainer;
 
     vx_ProbabilityDensityFunction& pdf(std::size_t set) const;
 
     double logValue(std::size_t set, const vxFeaturePattern& pattern) const;
+    double logLikelihood(const vxFeaturePattern& pattern) const;
 
-    // Between these two, adapting is fast and scoring slow.
-    void beginTraining() noexcept;
-    void endTraining() noexcept;
+    /// Makes scoring fast, once the densities are what they will be for a while. Lack of memory leaves it
+    /// slow.
+    void makePlan() noexcept;
 
     /// 1 + the largest measurement index that the model looks at; 0 when it looks at none.
     std::int64_t numUsed() const noexcept;
@@ -82,6 +90,8 @@ private:
     // Parallel. An archive can bring fewer densities than sets: a missing one counts as a null handle.
     std::vector<std::vector<long>> dependencySets_;
     std::vector<vxPtrHandle<vx_ProbabilityDensityFunction>> pdfs_;
+
+    std::shared_ptr<const detail::ScoringPlan> plan_; // null if there is none; shared with copies
 
     static vx_Instantiator sExemplar;
 };

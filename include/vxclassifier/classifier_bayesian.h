@@ -91,11 +91,10 @@ protected:
     void serialize_(vxArchive& archive, unsigned char version);
 
 private:
-    class EndOfTraining;
-
     void dropUnmatchedRows();
-    void addModel(long label, const vxClassifierTrainParamsBayesian& params, long numMeasurements);
-    std::vector<double> logLikelihoods(const vxFeaturePattern& pattern) const;
+    vxPtrHandle<vx_CategoryModelBayesian> addModel(long label, const vxClassifierTrainParamsBayesian& params,
+                                                   long numMeasurements);
+    void logLikelihoods(const vxFeaturePattern& pattern, double* values) const;
 
     // Parallel, in the order in which the labels were first met. An archive can bring vectors of different
     // lengths: running looks at the models only, each of which knows its label.

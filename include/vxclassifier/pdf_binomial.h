@@ -2,6 +2,7 @@
 #define VXCLASSIFIER_PDF_BINOMIAL_H
 
 #include <vxclassifier/pdf_multivariate_normal.h>
+#include <vxclassifier/platform/pdf_multivariate_normal.h>
 #include <vxclassifier/probability_density_function.h>
 
 /// The binomial distribution of a single measurement that counts something, from 0 to a known maximum. The
@@ -66,8 +67,13 @@ protected:
 
 private:
     friend class vx_CategoryModelBayesian;
+    friend class detail::ModelTrainer;
 
     vx_PDFBinomial();
+
+    /// updateWithData for one pattern.
+    void update(const vmath_FeaturePattern& pattern);
+    void estimate() noexcept;
 
     /// logValue for a pattern of `numMeasurements` measurements; `value` is null if one of them is invalid,
     /// and points to the first one otherwise.

@@ -5,6 +5,15 @@
 #include <vxclassifier/platform/pdf_multivariate_normal.h>
 #include <vxclassifier/probability_density_function.h>
 
+#include <memory>
+#include <vector>
+
+namespace detail {
+struct Freshness;
+class ModelTrainer;
+class ScoringPlan;
+} // namespace detail
+
 /// The joint normal density of the measurements of a dependency set.
 ///
 /// States: untrained and trained (isValid()); untrained at first, and trained once a pattern without invalid
@@ -65,15 +74,28 @@ protected:
 
 private:
     friend class vx_CategoryModelBayesian;
+    friend class vx_PDFBinomial;
+    friend class detail::ModelTrainer;
+    friend class detail::ScoringPlan;
 
     double logValue(const vmath_FeaturePattern& pattern) const;
+    void update(const vmath_FeaturePattern& pattern, double factor);
     void setStatistics(const vxNMMatrix& mean, const vxNMMatrix& covariance, long numSamples);
 
-    // Between these two, updates leave out what only evaluation needs, and evaluation is slow.
+    // Between these two, updates leave out what only evaluation needs, the mean and the covariance may lag
+    // behind, and evaluation is slow.
     void beginUpdates() noexcept;
     void endUpdates() noexcept;
 
+    /// For one that nobody evaluates: then no update prepares it for that.
+    void useForStatisticsOnly() noexcept;
+
+    // Models copy what they need often. Each change comes after telling the last one that did.
+    void tellChangesTo(const std::shared_ptr<detail::Freshness>& copy) noexcept;
+    void tellOfChange() noexcept;
+
     vmath_PDFMultivariateNormal pdf_;
+    std::shared_ptr<detail::Freshness> copy_; // null if there is none; not copied with the density
 
     static vx_Instantiator sExemplar;
 };

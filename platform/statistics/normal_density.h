@@ -33,6 +33,9 @@ public:
     /// The marginal density of the measurements whose entry in `valid` is not 0.
     double marginalLogValue(const double* values, const unsigned char* valid) const;
 
+    const CorrelatedNormal& varying() const noexcept { return varying_; }
+    const std::vector<ConstantMeasurement>& constant() const noexcept { return constant_; }
+
 private:
     CorrelatedNormal marginal(const unsigned char* valid) const;
 

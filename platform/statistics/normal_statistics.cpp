@@ -63,11 +63,31 @@ std::int32_t published(std::int64_t numSamples) noexcept {
     return static_cast<std::int32_t>(std::min(numSamples, largest));
 }
 
+void countSamples(vmath_PDFMultivariateNormal& pdf, StatisticsRest& rest, std::int64_t number) noexcept {
+    rest.numSamples = sumOfCounts(rest.numSamples, number);
+    pdf.numSamples = published(rest.numSamples);
+}
+
+void copyUpperToLower(vmath_nmmatrix& covariance) noexcept {
+    for (long row = 1; row < covariance.numRows; ++row) {
+        for (long column = 0; column < row; ++column) {
+            covariance.rows[row][column] = covariance.rows[column][row];
+        }
+    }
+}
+
+void copyLowerToUpper(vmath_nmmatrix& covariance) noexcept {
+    for (long row = 1; row < covariance.numRows; ++row) {
+        for (long column = 0; column < row; ++column) {
+            covariance.rows[column][row] = covariance.rows[row][column];
+        }
+    }
+}
+
 /// The covariance is kept as an average too, not as a sum of squares: it overflows no sooner than its result.
 void enterPattern(vmath_PDFMultivariateNormal& pdf, StatisticsRest& rest, const double* values, double factor,
                   double* differences) noexcept {
-    rest.numSamples = sumOfCounts(rest.numSamples, 1);
-    pdf.numSamples = published(rest.numSamples);
+    countSamples(pdf, rest, 1);
     if (rest.numSamples == 1) {
         enterFirst(pdf, rest, values, factor);
         return;
@@ -81,12 +101,13 @@ void enterPattern(vmath_PDFMultivariateNormal& pdf, StatisticsRest& rest, const 
     }
     const double oldShare = (count - 1.0) / count;
     for (std::size_t column = 0; column < size; ++column) {
+        double* const entries = pdf.covariance.rows[column];
+        double* const rests = rest.covariance.column(column);
         for (std::size_t row = column; row < size; ++row) {
-            double& entry = pdf.covariance.rows[row][column];
-            double& entryRest = rest.covariance(row, column);
+            double& entry = entries[row];
+            double& entryRest = rests[row - column];
             const double product = saturated(differences[row] * differences[column]) * oldShare;
             add(entry, entryRest, saturated((product - entry) - entryRest) / (count - 1.0));
-            pdf.covariance.rows[column][row] = entry;
         }
     }
 }

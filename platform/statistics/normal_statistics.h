@@ -26,10 +26,18 @@ struct StatisticsRest {
 /// The count as it is published.
 std::int32_t published(std::int64_t numSamples) noexcept;
 
+/// Counts samples that have entered.
+void countSamples(vmath_PDFMultivariateNormal& pdf, StatisticsRest& rest, std::int64_t number) noexcept;
+
 /// Enters one complete pattern of finite values, each divided by `factor`. All matrices have their sizes; the
-/// rest has room for one more sample; `differences` has room for one entry per measurement.
+/// rest has room for one more sample; `differences` has room for one entry per measurement. Of the covariance
+/// it reads and writes the diagonal and the entries right of it.
 void enterPattern(vmath_PDFMultivariateNormal& pdf, StatisticsRest& rest, const double* values, double factor,
                   double* differences) noexcept;
+
+/// Copies the entries of one half of a covariance to the other.
+void copyUpperToLower(vmath_nmmatrix& covariance) noexcept;
+void copyLowerToUpper(vmath_nmmatrix& covariance) noexcept;
 
 /// Enters the data of other statistics of the same size, both with at least one sample; the rest of `pdf`
 /// has room for two. `other` may be `pdf` itself; `otherRest` is not its rest then, but a copy of it.

@@ -3,6 +3,8 @@
 #include "platform/statistics/nmmatrix.h"
 #include "platform/statistics/normal_density.h"
 #include "platform/statistics/normal_statistics.h"
+#include "platform/statistics/ready_density.h"
+#include "platform/statistics/sample_block.h"
 #include "platform/statistics/scratch.h"
 
 #include <algorithm>
@@ -25,9 +27,12 @@ struct Prepared {
 
 struct vmath_PDFMultivariateNormal_State {
     detail::StatisticsRest rest;
+    detail::SampleBlock block; // samples that have come since _beginUpdates and are not in the statistics yet
     Prepared prepared;
     bool isPrepared = true; // `prepared` belongs to the present statistics
     bool isUpdating = false;
+    bool isPreparedOnDemandOnly = false;
+    bool isBehind = false; // what is published is: the block is not empty, or half of the covariance is old
 };
 
 namespace {
@@ -104,12 +109,30 @@ Prepared prepare(const vmath_PDFMultivariateNormal& pdf) {
     return prepared;
 }
 
+/// Publishes everything that has come.
+void catchUp(vmath_PDFMultivariateNormal& pdf) noexcept {
+    vmath_PDFMultivariateNormal_State& state = *pdf.state;
+    if (!state.isBehind) {
+        return;
+    }
+    state.block.moveInto(pdf, state.rest);
+    // There is nothing to copy after the first sample, whose covariance should not take memory.
+    if (state.rest.covariance.order() == state.rest.mean.size()) {
+        detail::copyUpperToLower(pdf.covariance);
+    }
+    state.isBehind = false;
+}
+
 /// To be called after each change of the statistics. They have changed by now, so lack of memory is no
 /// failure of the change: evaluation then prepares for itself.
 void statisticsHaveChanged(vmath_PDFMultivariateNormal& pdf) noexcept {
     vmath_PDFMultivariateNormal_State& state = *pdf.state;
     state.isPrepared = false;
     if (state.isUpdating) {
+        return;
+    }
+    catchUp(pdf);
+    if (state.isPreparedOnDemandOnly) {
         return;
     }
     guarded([&] {
@@ -145,12 +168,23 @@ void beginStatistics(vmath_PDFMultivariateNormal& pdf, long size, std::int64_t t
     pdf.numSamples = 0;
 }
 
-long enterPatterns(vmath_PDFMultivariateNormal& pdf, const vmath_FeaturePatternVector& data, double factor) {
+/// Makes room for `total` samples in statistics that have some. Updates read one half of the covariance, and
+/// what was loaded counts as its other half says.
+void makeRoom(vmath_PDFMultivariateNormal& pdf, std::size_t size, std::int64_t total) {
+    detail::StatisticsRest& rest = pdf.state->rest;
+    const bool isLoaded = total > 1 && rest.covariance.order() != size;
+    rest.reserve(size, total);
+    if (isLoaded) {
+        detail::copyLowerToUpper(pdf.covariance);
+    }
+}
+
+void enterOneByOne(vmath_PDFMultivariateNormal& pdf, const vmath_FeaturePatternVector& data, double factor) {
     const vmath_FeaturePattern* const end = data.patterns + data.numPatterns;
     const auto entering =
         std::count_if(data.patterns, end, [&](const auto& pattern) { return enters(pattern, factor); });
     if (entering == 0) {
-        return vxStatus::success;
+        return;
     }
     detail::StatisticsRest& rest = pdf.state->rest;
     const long size = data.patterns->numValues;
@@ -158,18 +192,53 @@ long enterPatterns(vmath_PDFMultivariateNormal& pdf, const vmath_FeaturePatternV
     if (rest.numSamples <= 0) {
         beginStatistics(pdf, size, entering);
     } else {
-        rest.reserve(static_cast<std::size_t>(size), rest.numSamples + entering);
+        makeRoom(pdf, static_cast<std::size_t>(size), rest.numSamples + entering);
     }
     for (const vmath_FeaturePattern* pattern = data.patterns; pattern != end; ++pattern) {
         if (enters(*pattern, factor)) {
             detail::enterPattern(pdf, rest, pattern->values, factor, differences.data());
         }
     }
+    pdf.state->isBehind = true;
     statisticsHaveChanged(pdf);
+}
+
+/// Whether samples may wait for each other.
+bool takesBlocks(const vmath_PDFMultivariateNormal& pdf, std::size_t size) noexcept {
+    const vmath_PDFMultivariateNormal_State& state = *pdf.state;
+    return state.isUpdating && state.rest.numSamples >= detail::SampleBlock::leastStatistics &&
+           (state.block.hasRoomFor(size) || isFinite(pdf));
+}
+
+void enterInBlocks(vmath_PDFMultivariateNormal& pdf, const vmath_FeaturePatternVector& data, double factor) {
+    vmath_PDFMultivariateNormal_State& state = *pdf.state;
+    const std::size_t size = static_cast<std::size_t>(data.patterns->numValues);
+    makeRoom(pdf, size, state.rest.numSamples + 1);
+    state.block.reserve(size);
+    for (long i = 0; i < data.numPatterns; ++i) {
+        if (isComplete(data.patterns[i])) {
+            state.block.add(data.patterns[i].values, factor);
+        }
+        if (state.block.isFull()) {
+            state.block.moveInto(pdf, state.rest);
+        }
+    }
+    state.isBehind = true;
+    statisticsHaveChanged(pdf);
+}
+
+long enterPatterns(vmath_PDFMultivariateNormal& pdf, const vmath_FeaturePatternVector& data, double factor) {
+    if (takesBlocks(pdf, static_cast<std::size_t>(data.patterns->numValues))) {
+        enterInBlocks(pdf, data, factor);
+    } else {
+        enterOneByOne(pdf, data, factor);
+    }
     return vxStatus::success;
 }
 
 long mergeStatistics(vmath_PDFMultivariateNormal& pdf, const vmath_PDFMultivariateNormal& other) {
+    catchUp(pdf);
+    pdf.state->block = detail::SampleBlock();
     const std::size_t size = static_cast<std::size_t>(pdf.mean.numRows);
     detail::StatisticsRest otherRest = other.state->rest;
     otherRest.reserve(size, 1);
@@ -179,6 +248,23 @@ long mergeStatistics(vmath_PDFMultivariateNormal& pdf, const vmath_PDFMultivaria
     statisticsHaveChanged(pdf);
     return vxStatus::success;
 }
+
+/// A copy of which everything is published.
+class UpToDateCopy {
+public:
+    explicit UpToDateCopy(const vmath_PDFMultivariateNormal& pdf) noexcept
+        : status_(vmath_PDFMultivariateNormal_constructCopy(&copy_, &pdf)) {}
+    ~UpToDateCopy() { vmath_PDFMultivariateNormal_destruct(&copy_); }
+    UpToDateCopy(const UpToDateCopy&) = delete;
+    UpToDateCopy& operator=(const UpToDateCopy&) = delete;
+
+    long status() const noexcept { return status_; }
+    const vmath_PDFMultivariateNormal& record() const noexcept { return copy_; }
+
+private:
+    vmath_PDFMultivariateNormal copy_;
+    long status_;
+};
 
 double marginalAt(const detail::NormalDensity& density, const vmath_FeaturePattern& pattern) {
     const std::size_t size = static_cast<std::size_t>(pattern.numValues);
@@ -206,6 +292,20 @@ long logValueOf(const Prepared& prepared, const vmath_FeaturePattern& pattern, d
 }
 
 } // namespace
+
+const detail::NormalDensity* detail::readyDensity(const vmath_PDFMultivariateNormal& pdf,
+                                                  long numValues) noexcept {
+    if (pdf.state == nullptr || !pdf.state->isPrepared) {
+        return nullptr;
+    }
+    const Prepared& prepared = pdf.state->prepared;
+    const bool isReady = !vxStatus::isFailure(prepared.status) && prepared.numMeasurements == numValues;
+    return isReady ? &prepared.density : nullptr;
+}
+
+void detail::prepareOnDemandOnly(vmath_PDFMultivariateNormal& pdf) noexcept {
+    pdf.state->isPreparedOnDemandOnly = true;
+}
 
 long vmath_PDFMultivariateNormal_construct(vmath_PDFMultivariateNormal* pdf) noexcept {
     if (pdf == nullptr) {
@@ -246,6 +346,7 @@ long vmath_PDFMultivariateNormal_assign(vmath_PDFMultivariateNormal* pdf,
     const long status = vmath_PDFMultivariateNormal_constructCopy(&copy, source);
     if (!vxStatus::isFailure(status)) {
         copy.state->isUpdating = pdf->state->isUpdating;
+        copy.state->isPreparedOnDemandOnly = pdf->state->isPreparedOnDemandOnly;
         std::swap(*pdf, copy);
         vmath_PDFMultivariateNormal_destruct(&copy);
     }
@@ -302,6 +403,7 @@ long vmath_PDFMultivariateNormal_endUpdates(vmath_PDFMultivariateNormal* pdf) no
     if (!pdf->state->isPrepared) {
         statisticsHaveChanged(*pdf);
     }
+    pdf->state->block = detail::SampleBlock();
     return vxStatus::success;
 }
 
@@ -322,6 +424,11 @@ long vmath_PDFMultivariateNormal_merge(vmath_PDFMultivariateNormal* pdf,
     if (pdf->mean.numRows != other->mean.numRows) {
         return vmath_status::otherSizeOnUpdate;
     }
+    if (other->state->isBehind) {
+        const UpToDateCopy copy(*other);
+        return vxStatus::isFailure(copy.status()) ? copy.status()
+                                                  : vmath_PDFMultivariateNormal_merge(pdf, &copy.record());
+    }
     return guarded([&] { return mergeStatistics(*pdf, *other); });
 }
 
@@ -330,6 +437,8 @@ long vmath_PDFMultivariateNormal_statisticsChanged(vmath_PDFMultivariateNormal* 
         return vmath_status::badArgument;
     }
     pdf->state->rest = detail::StatisticsRest();
+    pdf->state->block = detail::SampleBlock();
+    pdf->state->isBehind = false;
     pdf->state->rest.numSamples = pdf->numSamples;
     statisticsHaveChanged(*pdf);
     return vxStatus::success;
@@ -339,6 +448,12 @@ long vmath_PDFMultivariateNormal_logValue(const vmath_PDFMultivariateNormal* pdf
                                           const vmath_FeaturePattern* pattern, double* result) noexcept {
     if (!isRecord(pdf) || pattern == nullptr || result == nullptr || !isPattern(*pattern)) {
         return vmath_status::badArgument;
+    }
+    if (pdf->state->isBehind) {
+        const UpToDateCopy copy(*pdf);
+        return vxStatus::isFailure(copy.status())
+                   ? copy.status()
+                   : vmath_PDFMultivariateNormal_logValue(&copy.record(), pattern, result);
     }
     return guarded([&] {
         return pdf->state->isPrepared ? logValueOf(pdf->state->prepared, *pattern, *result)

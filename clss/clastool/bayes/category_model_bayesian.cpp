@@ -1,5 +1,6 @@
 #include <vxclassifier/category_model_bayesian.h>
 
+#include "clss/clastool/bayes/scoring_plan.h"
 #include "clss/clastool/bayes/selection.h"
 #include "platform/archive/class_level.h"
 
@@ -9,6 +10,7 @@
 #include <vxclassifier/platform/text.h>
 
 #include <algorithm>
+#include <new>
 #include <typeinfo>
 
 vx_Instantiator vx_CategoryModelBayesian::sExemplar(typeid(vx_CategoryModelBayesian),
@@ -73,6 +75,7 @@ vx_CategoryModelBayesian& vx_CategoryModelBayesian::operator=(const vx_CategoryM
     vx_CategoryModel::operator=(other);
     dependencySets_.swap(sets);
     pdfs_.swap(pdfs);
+    plan_ = other.plan_;
     return *this;
 }
 
@@ -99,14 +102,31 @@ double vx_CategoryModelBayesian::logValue(std::size_t set, const vxFeaturePatter
     return density.logValue(selection.pattern());
 }
 
+double vx_CategoryModelBayesian::logLikelihood(const vxFeaturePattern& pattern) const {
+    if (plan_ != nullptr && plan_->covers(pattern)) {
+        return plan_->logLikelihood(pattern.featureMeasurements(false).data(),
+                                    [&](std::size_t set) { return logValue(set, pattern); });
+    }
+    double sum = 0.0;
+    for (std::size_t i = 0; i < dependencySets_.size(); ++i) {
+        sum += logValue(i, pattern);
+    }
+    return sum;
+}
+
+void vx_CategoryModelBayesian::makePlan() noexcept {
+    plan_.reset();
+    try {
+        plan_ = std::make_shared<const detail::ScoringPlan>(dependencySets_, pdfs_);
+    } catch (const std::bad_alloc&) {
+        return;
+    }
+}
+
 double vx_CategoryModelBayesian::matchScore(const vxFeaturePattern& pattern, vxDiagObject*,
                                             unsigned long) const {
     try {
-        double sum = 0.0;
-        for (std::size_t i = 0; i < dependencySets_.size(); ++i) {
-            sum += logValue(i, pattern);
-        }
-        return sum;
+        return logLikelihood(pattern);
     } catch (const vxClassifierDefs::InsufficientTrainData& error) {
         throw vxClassifierDefs::InsufficientTrainData(error.message() + L" for category " +
                                                       vfStr(categoryLabel()));
@@ -118,22 +138,7 @@ void vx_CategoryModelBayesian::adapt(const vxFeaturePattern& pattern, vxDiagObje
         const std::vector<vxFeaturePattern> selection{selectMeasurements(pattern, dependencySets_[i])};
         pdf(i).updateWithData(selection);
     }
-}
-
-void vx_CategoryModelBayesian::beginTraining() noexcept {
-    for (const PdfHandle& handle : pdfs_) {
-        if (auto* normal = dynamic_cast<vx_PDFMultivariateNormal*>(handle.get())) {
-            normal->beginUpdates();
-        }
-    }
-}
-
-void vx_CategoryModelBayesian::endTraining() noexcept {
-    for (const PdfHandle& handle : pdfs_) {
-        if (auto* normal = dynamic_cast<vx_PDFMultivariateNormal*>(handle.get())) {
-            normal->endUpdates();
-        }
-    }
+    makePlan();
 }
 
 std::int64_t vx_CategoryModelBayesian::numUsed() const noexcept {
@@ -165,6 +170,12 @@ void vx_CategoryModelBayesian::dispatchSerialize(vxArchive& archive) {
 void vx_CategoryModelBayesian::serialize_(vxArchive& archive, unsigned char version) {
     detail::requireVersionZero(version);
     vx_CategoryModel::dispatchSerialize(archive);
+    if (archive.isLoading()) {
+        plan_.reset();
+    }
     archive || dependencySets_;
     archive || pdfs_;
+    if (archive.isLoading()) {
+        makePlan();
+    }
 }

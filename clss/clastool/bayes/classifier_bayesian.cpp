@@ -1,8 +1,10 @@
 #include <vxclassifier/classifier_bayesian.h>
 
+#include "clss/clastool/bayes/learners.h"
 #include "clss/clastool/bayes/model_layout.h"
 #include "clss/clastool/foundation/parallel_vectors.h"
 #include "platform/archive/class_level.h"
+#include "platform/statistics/scratch.h"
 
 #include <vxclassifier/category_model_bayesian.h>
 #include <vxclassifier/classifier_data_provider.h>
@@ -18,34 +20,30 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <unordered_map>
+#include <typeinfo>
 
 vx_Instantiator vx_ClassifierBayesian::sExemplar(typeid(vx_ClassifierBayesian), &vx_ClassifierBayesian::make);
 
 namespace {
 
-const vxClassifierTrainParamsBayesian& bayesian(const vxClassifierTrainParams& params) {
-    if (const auto* own = dynamic_cast<const vxClassifierTrainParamsBayesian*>(&params)) {
+/// An object as what it has to be. Nearly always it is of exactly that class, which is seen at once.
+template <class Own, class Base>
+Own& castTo(Base* object) {
+    if (object != nullptr && typeid(*object) == typeid(Own)) {
+        return static_cast<Own&>(*object);
+    }
+    if (auto* own = dynamic_cast<Own*>(object)) {
         return *own;
     }
     throw vxBadPointer();
+}
+
+const vxClassifierTrainParamsBayesian& bayesian(const vxClassifierTrainParams& params) {
+    return castTo<const vxClassifierTrainParamsBayesian>(&params);
 }
 
 vx_CategoryModelBayesian& bayesian(const vxPtrHandle<vx_CategoryModel>& model) {
-    if (auto* own = dynamic_cast<vx_CategoryModelBayesian*>(model.get())) {
-        return *own;
-    }
-    throw vxBadPointer();
-}
-
-using Positions = std::unordered_map<long, std::size_t>; // label to the place of its model
-
-Positions positionsOf(const std::vector<long>& labels) {
-    Positions positions;
-    for (std::size_t i = 0; i < labels.size(); ++i) {
-        positions.emplace(labels[i], i); // keeps the first
-    }
-    return positions;
+    return castTo<vx_CategoryModelBayesian>(model.get());
 }
 
 void throwIfInterrupted() {
@@ -53,36 +51,17 @@ void throwIfInterrupted() {
 }
 
 /// The largest log-likelihood. NaN gives way to whatever follows it.
-double largest(const std::vector<double>& logLikelihoods) {
+double largest(const double* logLikelihoods, std::size_t number) noexcept {
     double best = -std::numeric_limits<double>::infinity();
-    for (const double value : logLikelihoods) {
-        if (!(best >= value)) {
-            best = value;
+    for (std::size_t i = 0; i < number; ++i) {
+        if (!(best >= logLikelihoods[i])) {
+            best = logLikelihoods[i];
         }
     }
     return best;
 }
 
 } // namespace
-
-/// However a training ends, what it leaves is made fast to run.
-class vx_ClassifierBayesian::EndOfTraining {
-public:
-    explicit EndOfTraining(const std::vector<vxPtrHandle<vx_CategoryModel>>& models) noexcept
-        : models_(models) {}
-    ~EndOfTraining() {
-        for (const vxPtrHandle<vx_CategoryModel>& model : models_) {
-            if (auto* own = dynamic_cast<vx_CategoryModelBayesian*>(model.get())) {
-                own->endTraining();
-            }
-        }
-    }
-    EndOfTraining(const EndOfTraining&) = delete;
-    EndOfTraining& operator=(const EndOfTraining&) = delete;
-
-private:
-    const std::vector<vxPtrHandle<vx_CategoryModel>>& models_;
-};
 
 vx_ClassifierBayesian::vx_ClassifierBayesian() noexcept = default;
 vx_ClassifierBayesian::vx_ClassifierBayesian(const vx_ClassifierBayesian&) = default;
@@ -128,8 +107,7 @@ void vx_ClassifierBayesian::train_(const vxClassifierDataProvider& data,
         return;
     }
     dropUnmatchedRows();
-    Positions positions = positionsOf(categoryLabels_);
-    const EndOfTraining endOfTraining(categoryModels_);
+    detail::Learners learners(categoryLabels_, categoryModels_);
     constexpr long unknownLabel = -1;
     for (long i = 0; i < numPatterns; ++i) {
         const vxPtrHandle_const<vxFeaturePattern> pattern = data.featurePattern(i);
@@ -137,12 +115,11 @@ void vx_ClassifierBayesian::train_(const vxClassifierDataProvider& data,
         if (label == unknownLabel) {
             continue;
         }
-        auto position = positions.find(label);
-        if (position == positions.end()) {
-            addModel(label, own, numMeasurements);
-            position = positions.emplace(label, categoryModels_.size() - 1).first;
+        detail::Learner* learner = learners.find(label);
+        if (learner == nullptr) {
+            learner = &learners.add(label, addModel(label, own, numMeasurements));
         }
-        bayesian(categoryModels_[position->second]).adapt(*pattern, nullptr, 0);
+        learner->learn(*pattern);
     }
 }
 
@@ -153,15 +130,16 @@ void vx_ClassifierBayesian::dropUnmatchedRows() {
     categoryModels_.resize(rows);
 }
 
-void vx_ClassifierBayesian::addModel(long label, const vxClassifierTrainParamsBayesian& params,
-                                     long numMeasurements) {
+vxPtrHandle<vx_CategoryModelBayesian>
+vx_ClassifierBayesian::addModel(long label, const vxClassifierTrainParamsBayesian& params,
+                                long numMeasurements) {
     const detail::ModelLayout layout(params.distributionTypes(), label, numMeasurements);
     const vxPtrHandle<vx_CategoryModelBayesian> model(
         new vx_CategoryModelBayesian(label, layout.sets(), layout.types(), params.maxMeasurementValues()));
-    model->beginTraining();
     detail::makeRoomForRow(categoryLabels_, categoryModels_);
     categoryLabels_.push_back(label);
     categoryModels_.emplace_back(model);
+    return model;
 }
 
 void vx_ClassifierBayesian::retrain_(const vxClassifierTrainParams& params) {
@@ -207,25 +185,24 @@ void vx_ClassifierBayesian::checkRunnable_() const {
     run_(vxFeaturePattern(std::vector<double>(static_cast<std::size_t>(numZeros), 0.0), {}), discarded);
 }
 
-std::vector<double> vx_ClassifierBayesian::logLikelihoods(const vxFeaturePattern& pattern) const {
-    std::vector<double> values;
-    values.reserve(categoryModels_.size());
+void vx_ClassifierBayesian::logLikelihoods(const vxFeaturePattern& pattern, double* values) const {
     for (const vxPtrHandle<vx_CategoryModel>& model : categoryModels_) {
         throwIfInterrupted();
-        values.push_back(bayesian(model).matchScore(pattern, nullptr, 0));
+        *values++ = bayesian(model).matchScore(pattern, nullptr, 0);
     }
     throwIfInterrupted();
-    return values;
 }
 
 void vx_ClassifierBayesian::run_(const vxFeaturePattern& pattern, vxClassifierResult& result) const {
-    const std::vector<double> scores = logLikelihoods(pattern);
+    const std::size_t number = categoryModels_.size();
+    detail::Scratch<double> scores(number);
+    logLikelihoods(pattern, scores.data());
     const vxClassifierTrainParamsBayesian& params = bayesian(*storedParams_());
     // Scaled so that the best category has 1: the likelihoods themselves soon underflow.
-    const double factorLog = 0.0 - largest(scores);
+    const double factorLog = 0.0 - largest(scores.data(), number);
     std::vector<vxClassifierCategoryResult> matches;
-    matches.reserve(scores.size());
-    for (std::size_t i = 0; i < scores.size(); ++i) {
+    matches.reserve(number);
+    for (std::size_t i = 0; i < number; ++i) {
         matches.emplace_back(categoryModels_[i]->categoryLabel(), std::exp(factorLog + scores[i]), 0.0, 0.0);
     }
     result =

@@ -19,11 +19,17 @@ void requireOneMeasurement(long numMeasurements) {
     }
 }
 
+void requireAtMost(double maxValue, double value) {
+    if (value > maxValue) {
+        throw vxClassifierDefs::BadParams(L"Train data measurement cannot exceed its maximum value when "
+                                          L"using binomial distribution");
+    }
+}
+
 void requireAtMost(double maxValue, const vxFeaturePattern& pattern) {
     for (long i = 0; i < pattern.numMeasurements(); ++i) {
-        if (pattern.isValid(i) && pattern.featureMeasurement(i, true) > maxValue) {
-            throw vxClassifierDefs::BadParams(L"Train data measurement cannot exceed its maximum value when "
-                                              L"using binomial distribution");
+        if (pattern.isValid(i)) {
+            requireAtMost(maxValue, pattern.featureMeasurement(i, true));
         }
     }
 }
@@ -35,9 +41,15 @@ bool isEqual(double a, double b) noexcept {
 
 } // namespace
 
-vx_PDFBinomial::vx_PDFBinomial() = default;
+vx_PDFBinomial::vx_PDFBinomial() {
+    normal_.useForStatisticsOnly();
+}
+
 vx_PDFBinomial::vx_PDFBinomial(const vxFeaturePattern& maxima)
-    : maxValue_(maxima.featureMeasurement(0, true)) {}
+    : maxValue_(maxima.featureMeasurement(0, true)) {
+    normal_.useForStatisticsOnly();
+}
+
 vx_PDFBinomial::vx_PDFBinomial(const vx_PDFBinomial&) = default;
 vx_PDFBinomial::~vx_PDFBinomial() = default;
 
@@ -62,11 +74,24 @@ void vx_PDFBinomial::updateWithData(const std::vector<vxFeaturePattern>& pattern
         requireAtMost(maxValue_, pattern);
     }
     normal_.updateWithDataNormalize(patterns, maxValue_);
+    estimate();
+}
+
+void vx_PDFBinomial::update(const vmath_FeaturePattern& pattern) {
+    requireOneMeasurement(pattern.numValues);
+    if (pattern.numInvalid == 0) {
+        requireAtMost(maxValue_, pattern.values[0]);
+    }
+    normal_.update(pattern, maxValue_);
+    estimate();
+}
+
+void vx_PDFBinomial::estimate() noexcept {
     if (!normal_.isValid()) {
         return;
     }
-    theta_ = normal_.mean()(0, 0);
-    const double variance = normal_.covariance()(0, 0);
+    theta_ = normal_.pdf_.mean.rows[0][0];
+    const double variance = normal_.pdf_.covariance.rows[0][0];
     constexpr double leastVariance = 1e-15;
     if (!(std::fabs(variance) > leastVariance)) {
         return;

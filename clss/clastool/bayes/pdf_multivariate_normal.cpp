@@ -1,6 +1,8 @@
 #include <vxclassifier/pdf_multivariate_normal.h>
 
+#include "clss/clastool/bayes/scoring_plan.h"
 #include "platform/archive/class_level.h"
+#include "platform/statistics/ready_density.h"
 
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/platform/status.h>
@@ -82,6 +84,7 @@ vx_PDFMultivariateNormal::vx_PDFMultivariateNormal(const vx_PDFMultivariateNorma
 }
 
 vx_PDFMultivariateNormal& vx_PDFMultivariateNormal::operator=(const vx_PDFMultivariateNormal& other) {
+    tellOfChange();
     vfThrowExceptionOnFailure(vmath_PDFMultivariateNormal_assign(&pdf_, &other.pdf_));
     return *this;
 }
@@ -121,6 +124,7 @@ void vx_PDFMultivariateNormal::updateWithData(const std::vector<vxFeaturePattern
 
 void vx_PDFMultivariateNormal::updateWithDataNormalize(const std::vector<vxFeaturePattern>& patterns,
                                                        double factor) {
+    tellOfChange();
     std::vector<InvalidIndices> invalid;
     std::vector<vmath_FeaturePattern> views;
     invalid.reserve(patterns.size());
@@ -135,6 +139,14 @@ void vx_PDFMultivariateNormal::updateWithDataNormalize(const std::vector<vxFeatu
     vfThrowExceptionOnFailure(vmath_PDFMultivariateNormal_updateWithDataNormalize(&pdf_, &data, factor));
 }
 
+void vx_PDFMultivariateNormal::update(const vmath_FeaturePattern& pattern, double factor) {
+    tellOfChange();
+    vmath_FeaturePatternVector data;
+    data.patterns = &pattern;
+    data.numPatterns = 1;
+    vfThrowExceptionOnFailure(vmath_PDFMultivariateNormal_updateWithDataNormalize(&pdf_, &data, factor));
+}
+
 // Neither can fail on a record that was constructed.
 void vx_PDFMultivariateNormal::beginUpdates() noexcept {
     vmath_PDFMultivariateNormal_beginUpdates(&pdf_);
@@ -142,6 +154,22 @@ void vx_PDFMultivariateNormal::beginUpdates() noexcept {
 
 void vx_PDFMultivariateNormal::endUpdates() noexcept {
     vmath_PDFMultivariateNormal_endUpdates(&pdf_);
+}
+
+void vx_PDFMultivariateNormal::useForStatisticsOnly() noexcept {
+    detail::prepareOnDemandOnly(pdf_);
+}
+
+void vx_PDFMultivariateNormal::tellChangesTo(const std::shared_ptr<detail::Freshness>& copy) noexcept {
+    tellOfChange();
+    copy_ = copy;
+}
+
+void vx_PDFMultivariateNormal::tellOfChange() noexcept {
+    if (copy_ != nullptr) {
+        copy_->isFresh = false;
+        copy_.reset();
+    }
 }
 
 void vx_PDFMultivariateNormal::clear() {
@@ -181,5 +209,6 @@ void vx_PDFMultivariateNormal::setStatistics(const vxNMMatrix& newMean, const vx
     fill(fresh.pdf_.covariance, newCovariance);
     fresh.pdf_.numSamples = static_cast<std::int32_t>(numSamples);
     vfThrowExceptionOnFailure(vmath_PDFMultivariateNormal_statisticsChanged(&fresh.pdf_));
+    tellOfChange();
     std::swap(pdf_, fresh.pdf_); // the records hold pointers only
 }

@@ -6,11 +6,20 @@
 #include <vxclassifier/feature_pattern.h>
 #include <vxclassifier/platform/pdf_multivariate_normal.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
 namespace detail {
+
+/// Whether there are indices, none negative, each by one larger than the one before: then the measurements of
+/// a complete pattern lie next to each other.
+inline bool areConsecutive(const std::vector<long>& indices) noexcept {
+    return !indices.empty() && indices.front() >= 0 &&
+           std::adjacent_find(indices.begin(), indices.end(), [](long a, long b) { return b - 1 != a; }) ==
+               indices.end();
+}
 
 /// The measurements of a pattern at given indices, in their order. One that is invalid or lies past the
 /// pattern's end is invalid in the selection too, with the value 0. A selection of the usual size lives on

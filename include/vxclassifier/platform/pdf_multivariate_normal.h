@@ -108,12 +108,13 @@ VXCLASSIFIER_API long vmath_PDFMultivariateNormal_destruct(vmath_PDFMultivariate
 VXCLASSIFIER_API long vmath_PDFMultivariateNormal_updateWithDataNormalize(
     vmath_PDFMultivariateNormal* pdf, const vmath_FeaturePatternVector* data, double factor) noexcept;
 
-/// Says that many updates follow: until _endUpdates no update computes the factor. An evaluation in between
-/// is correct, but computes the factor for itself each time.
+/// Says that many updates follow: until _endUpdates no update computes the factor, and `mean`, `covariance`
+/// and `numSamples` may lag behind what has come. An evaluation, a copy or a merge in between sees
+/// everything, but takes as long as _endUpdates each time.
 VXCLASSIFIER_API long vmath_PDFMultivariateNormal_beginUpdates(vmath_PDFMultivariateNormal* pdf) noexcept;
 
-/// Computes the factor of what the updates since _beginUpdates have left. Without _beginUpdates it does
-/// nothing.
+/// Publishes what the updates since _beginUpdates have left, and computes its factor. Without _beginUpdates
+/// it does nothing.
 VXCLASSIFIER_API long vmath_PDFMultivariateNormal_endUpdates(vmath_PDFMultivariateNormal* pdf) noexcept;
 
 /// Adds the data that have entered `other`, as if they had come by updates (equal within rounding). `other`

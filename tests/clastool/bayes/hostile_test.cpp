@@ -501,21 +501,44 @@ TEST(HostileClassifier, TheTrialRunBuildsNoPatternForMeasurementsThatAreNotUsed)
     EXPECT_NO_THROW(far.checkRunnable_());
 }
 
+/// The number of allocations of a training, those included that may fail without failing it: behind the last
+/// of them it is the next allocation of the test that fails.
+long allocationsOfTraining(const vxClassifierDataProvider& data, const vxClassifierTrainParams& params) {
+    for (long number = 1;; ++number) {
+        OpenBayesian classifier;
+        const test::FailingAllocation failing(number);
+        try {
+            classifier.train_(data, params);
+        } catch (const std::bad_alloc&) {
+            continue;
+        }
+        try {
+            ::operator delete(::operator new(1));
+        } catch (const std::bad_alloc&) {
+            return number - 1;
+        }
+    }
+}
+
 TEST(HostileClassifier, TrainingLeavesTheFactorsToItsEnd) {
     std::vector<test::Sample> samples;
     for (int i = 0; i < 100; ++i) {
         samples.push_back({{std::cos(i), std::sin(i), std::cos(3.0 * i)}, 1});
     }
     const vxClassifierDataProviderMemory data = dataOf(samples);
+    const vxClassifierDataProviderMemory few = dataOf({samples.begin(), samples.begin() + 20});
     Types types = normalTypes();
     types.setDependent(1, {0, 1, 2});
     const vxClassifierTrainParamsBayesian params = paramsOf(types);
-    // Evaluation can make up for a factor for which there was no memory, so a training that fails for want
-    // of memory fails somewhere else. The first failure that it survives is that of a factor.
+    // A factor takes memory, and learning one more pattern does not.
+    EXPECT_EQ(allocationsOfTraining(data, params), allocationsOfTraining(few, params));
+
+    // Evaluation can make up for a factor for which there was no memory.
     OpenBayesian classifier;
-    const long failures =
-        test::failEachAllocation([&] { classifier.train_(data, params); }, [&] { classifier.untrain_(); });
-    EXPECT_GT(failures, 100) << "after all patterns";
+    test::failEachAllocation([&] { classifier.train_(data, params); }, [&] { classifier.untrain_(); });
+    OpenBayesian expected;
+    expected.train_(data, params);
+    EXPECT_EQ(classifier, expected);
 
     classifier.untrain_();
     classifier.train(data, params);
