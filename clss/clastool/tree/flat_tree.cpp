@@ -7,10 +7,65 @@
 
 #include <vxclassifier/platform/exception.h>
 
+#include <algorithm>
 #include <new>
-#include <unordered_map>
+#include <typeinfo>
 
 namespace detail {
+
+namespace {
+
+/// The places of trees that lie on several paths. While an archive is read it shares every object, so each
+/// node of a tree may come here; a table of one block costs a fraction of one of linked nodes.
+class PlaceTable {
+public:
+    static constexpr std::uint32_t unknown = 0xffffffffU;
+
+    std::uint32_t find(const vxDecisionTree& tree) const noexcept {
+        return slots_.empty() ? unknown : slots_[slotOf(&tree)].place;
+    }
+
+    /// For a tree that is not in the table.
+    void add(const vxDecisionTree& tree, std::uint32_t place) {
+        if (2 * (size_ + 1) > slots_.size()) {
+            grow();
+        }
+        slots_[slotOf(&tree)] = {&tree, place};
+        ++size_;
+    }
+
+private:
+    struct Slot {
+        const vxDecisionTree* tree = nullptr;
+        std::uint32_t place = unknown;
+    };
+
+    /// Where the tree is, or would be put. There is always a free slot.
+    std::size_t slotOf(const vxDecisionTree* tree) const noexcept {
+        // The upper bits of the product depend on all bits of the address.
+        const std::uint64_t hash = reinterpret_cast<std::uintptr_t>(tree) * 0x9e3779b97f4a7c15U >> 32;
+        std::size_t slot = hash & (slots_.size() - 1);
+        while (slots_[slot].tree != nullptr && slots_[slot].tree != tree) {
+            slot = (slot + 1) & (slots_.size() - 1);
+        }
+        return slot;
+    }
+
+    void grow() {
+        std::vector<Slot> old(std::max<std::size_t>(64, 2 * slots_.size()));
+        old.swap(slots_);
+        for (const Slot& slot : old) {
+            if (slot.tree != nullptr) {
+                slots_[slotOf(slot.tree)] = slot;
+            }
+        }
+    }
+
+    std::vector<Slot> slots_; // a power of two of them, at most half of them taken
+    std::size_t size_ = 0;
+};
+
+} // namespace
 
 /// Lays a tree out, the branches for false one behind the other. Has its own stack, since a tree may be deep,
 /// and lays a shared branch out once, since it may lie on more paths than can be walked.
@@ -25,8 +80,8 @@ public:
             const Open next = open_.back();
             open_.pop_back();
             const std::uint32_t known = placeOf(next.tree);
-            places_[next.question].target = known == unknown ? nextPlace() : known;
-            if (known == unknown) {
+            places_[next.question].target = known == PlaceTable::unknown ? nextPlace() : known;
+            if (known == PlaceTable::unknown) {
                 placeAllFalse(next.tree);
             }
         }
@@ -34,8 +89,6 @@ public:
     }
 
 private:
-    static constexpr std::uint32_t unknown = FlatTree::isLeaf; // no place has this number
-
     /// A branch for true that is still to be placed.
     struct Open {
         const vxDecisionTree* tree; // may be null
@@ -44,21 +97,20 @@ private:
 
     std::uint32_t nextPlace() const noexcept { return static_cast<std::uint32_t>(places_.size()); }
 
-    std::uint32_t placeOf(const vxDecisionTree* tree) const {
-        const auto found = shared_.find(tree);
-        return found == shared_.end() ? unknown : found->second;
+    std::uint32_t placeOf(const vxDecisionTree* tree) const noexcept {
+        return tree != nullptr && isShared(*tree) ? shared_.find(*tree) : PlaceTable::unknown;
     }
 
     /// Places a tree, its branch for false, the branch for false of that, and so on.
     void placeAllFalse(const vxDecisionTree* tree) {
         while (places_.size() < FlatTree::firstMark) {
             const std::uint32_t known = placeOf(tree);
-            if (known != unknown) {
+            if (known != PlaceTable::unknown) {
                 add(FlatTree::isJump).target = known;
                 return;
             }
             if (tree != nullptr && isShared(*tree)) {
-                shared_.emplace(tree, nextPlace());
+                shared_.add(*tree, nextPlace());
             }
             const vxDecisionTreeNode* node = tree == nullptr ? nullptr : exactNode(*tree);
             if (node == nullptr || !addQuestion(*node)) {
@@ -102,7 +154,7 @@ private:
 
     std::vector<FlatTree::Place>& places_;
     std::vector<Open> open_;
-    std::unordered_map<const vxDecisionTree*, std::uint32_t> shared_; // the places of shared trees
+    PlaceTable shared_;
 };
 
 std::shared_ptr<const FlatTree> FlatTree::of(const vxDecisionTree& top) noexcept {

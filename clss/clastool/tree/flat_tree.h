@@ -30,17 +30,20 @@ public:
 private:
     friend class FlatTreeBuilder;
 
+    struct Range {
+        double lower;
+        double upper;
+    };
+    struct End {
+        const vxDecisionTreeLeaf* leaf;
+        const vxClassifierCategoryResult* entries; // of the leaf, to fetch both at a time
+    };
+
     /// What stands at a place. The branch for false stands at the next place.
     struct Place {
         union {
-            struct {
-                double lower;
-                double upper;
-            } range;
-            struct {
-                const vxDecisionTreeLeaf* leaf;
-                const vxClassifierCategoryResult* entries; // of the leaf, to fetch both at a time
-            } end;
+            Range range;
+            End end;
             const vxDecisionTree* other; // may be null
         };
         std::uint32_t measurement; // of a question; else one of the following
