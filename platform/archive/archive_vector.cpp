@@ -1,6 +1,5 @@
 #include <vxclassifier/platform/archive_vector.h>
 
-#include "platform/archive/class_level.h"
 #include "platform/archive/loading_core.h"
 #include "platform/archive/persistent_access.h"
 #include "platform/archive/storing_core.h"
@@ -14,6 +13,17 @@
 namespace detail {
 
 namespace {
+
+constexpr unsigned char vectorVersion = 0;
+
+unsigned long loadVectorHead(LoadingCore& core, std::size_t leastElementSize) {
+    if (core.getByte() != vectorVersion) {
+        throw vxArchive::UnknownVersion(nullptr, 0);
+    }
+    const unsigned long count = core.getUnsigned();
+    core.requireElements(count, leastElementSize);
+    return count;
+}
 
 /// Exchanges what all vectors begin with, and then the elements: `put(core)` stores them, `get(core, count)`
 /// loads so many.
@@ -36,11 +46,14 @@ unsigned long exchangeVectorHead(vxArchive& archive, std::size_t count, std::siz
         throw vxArchive::TooLarge(L"An archive counts the elements of a vector with 32 bits only.");
     }
     unsigned long exchanged = static_cast<unsigned long>(count);
-    exchangeVersion(archive);
-    archive || exchanged;
-    if (LoadingCore* core = ArchiveAccess::loading(archive)) {
-        guarded(archive, [&] { core->requireElements(exchanged, leastElementSize); });
-    }
+    guarded(archive, [&] {
+        if (StoringCore* core = ArchiveAccess::storing(archive)) {
+            core->putByte(vectorVersion);
+            core->putUnsigned(exchanged);
+        } else {
+            exchanged = loadVectorHead(*ArchiveAccess::loading(archive), leastElementSize);
+        }
+    });
     return exchanged;
 }
 

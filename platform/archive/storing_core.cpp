@@ -153,7 +153,7 @@ std::uint32_t StoringCore::meet(vxPersistent* object) {
 std::uint32_t StoringCore::find(const vxPersistent& object) const noexcept {
     const std::atomic<std::uint64_t>& tracking = PersistentAccess::tracking(object);
     const std::uint32_t place = stamps_.placeOf(TrackingMark::stampOf(tracking));
-    if (place != Stamps::none) {
+    if (place < met_.size() && met_[place].object == &object) {
         return place;
     }
     return TrackingMark::hasTrackers(tracking) ? tracker_.numberAt(&object) : nothing;

@@ -122,6 +122,23 @@ TEST(ArchiveVector, AnotherVersionIsRefusedAndLeavesTheElements) {
     expectVersionRefused<vxPtrHandle<Node>>();
 }
 
+template <class T>
+void expectUselessAfterAnotherVersion() {
+    const auto sealed = Payload().byte(1).byte(0).u32(0).sealed();
+    vxLoadingArchive archive(sealed);
+    std::vector<T> values;
+    EXPECT_ERROR_CLASS(archive || values, vxArchive::UnknownVersion);
+    EXPECT_ERROR_CLASS(archive || values, vxArchive::Misuse);
+}
+
+TEST(ArchiveVector, AfterAnotherVersionTheArchiveIsUseless) {
+    expectUselessAfterAnotherVersion<double>();
+    expectUselessAfterAnotherVersion<long>();
+    expectUselessAfterAnotherVersion<bool>();
+    expectUselessAfterAnotherVersion<std::wstring>();
+    expectUselessAfterAnotherVersion<std::vector<double>>();
+}
+
 TEST(ArchiveVector, ACountLargerThanTheBytesLeftIsRefusedAndLeavesTheElements) {
     expectCountRefused<double>(8);
     expectCountRefused<long>(4);
@@ -137,6 +154,18 @@ TEST(ArchiveVector, ATruthValueIsZeroOrOneAndNothingElse) {
                      vxArchive::CorruptData, L"A truth value in the archive is neither 0 nor 1.");
         EXPECT_EQ(values, (std::vector<bool>{true}));
     }
+}
+
+TEST(ArchiveVector, ABadTruthValueLeavesThoseBeforeIt) {
+    const std::vector<bool> before = {true, false, true, true, true, true, true, true, true, false};
+    Payload content = Payload().byte(0).u32(20);
+    for (const bool value : before) {
+        content.byte(value ? 1 : 0);
+    }
+    content.append(std::vector<unsigned char>(10, 2));
+    std::vector<bool> values(3);
+    EXPECT_ERROR_CLASS(load(content.sealed(), values), vxArchive::CorruptData);
+    EXPECT_EQ(values, before);
 }
 
 TEST(ArchiveVector, AFailingElementLeavesThoseBeforeIt) {
