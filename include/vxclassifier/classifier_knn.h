@@ -96,8 +96,11 @@ private:
     void recordRunResults_(vxDiagObject* diag, unsigned long flags, const vxFeaturePattern& pattern,
                            const vxClassifierResult& result) const override;
 
-    /// The indices of the nearest stored patterns, in any order: `k` of them, or all there are.
-    std::vector<long> findNearestNeighbors_(const vxFeaturePattern& pattern, long k) const;
+    std::vector<long> voters(const vxFeaturePattern& pattern) const;
+    /// Fills both vectors, in step, with the nearest stored patterns by ascending distance: `k` of them, or
+    /// all there are.
+    void findNearestNeighbors_(const vxFeaturePattern& pattern, long k, std::vector<long>& indices,
+                               std::vector<double>& distances) const;
 
     /// Turns the neighbours' votes into match scores, by ascending label.
     void fillMatchResults_(const std::vector<long>& indices,

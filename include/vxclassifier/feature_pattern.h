@@ -24,7 +24,7 @@ class PatternObservation;
 ///
 /// Threads: a pattern that nobody assigns to may be read by any number of threads.
 ///
-/// Memory: 64 bytes and one block for the measurements; another block only for an invalid measurement behind
+/// Memory: 72 bytes and one block for the measurements; another block only for an invalid measurement behind
 /// the first 63.
 class VXCLASSIFIER_API vxFeaturePattern : public vxPersistent, public vxRepBase {
 public:

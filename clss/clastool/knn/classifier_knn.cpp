@@ -1,5 +1,6 @@
 #include <vxclassifier/classifier_knn.h>
 
+#include "clss/clastool/foundation/result_access.h"
 #include "clss/clastool/knn/compact_patterns.h"
 #include "clss/clastool/knn/compact_search.h"
 #include "clss/clastool/knn/nearest_neighbors.h"
@@ -157,22 +158,32 @@ void vx_ClassifierKNN::run_(const vxFeaturePattern& pattern, vxClassifierResult&
     if (pattern.numMeasurements() != store_->numMeasurements()) {
         throwUnsuitable();
     }
-    const std::vector<long> indices = findNearestNeighbors_(pattern, workingParams_.k());
     std::vector<vxClassifierCategoryResult> matchResults;
-    fillMatchResults_(indices, matchResults);
-    result = vxClassifierResult(matchResults, vxClassifierFrequencies(1.0),
-                                workingParams_.misclassificationCosts(), 0.0);
+    fillMatchResults_(voters(pattern), matchResults);
+    detail::ResultAccess::decide(matchResults, vxClassifierFrequencies(1.0),
+                                 workingParams_.misclassificationCosts(), 0.0, result);
 }
 
-std::vector<long> vx_ClassifierKNN::findNearestNeighbors_(const vxFeaturePattern& pattern, long k) const {
-    const long required = detail::requireNeighborCount(k);
+/// The indices of the nearest stored patterns in any order, which is all that the votes depend on.
+std::vector<long> vx_ClassifierKNN::voters(const vxFeaturePattern& pattern) const {
+    const long k = detail::requireNeighborCount(workingParams_.k());
     const vxPtrHandle_const<vxPatternDistanceMetric> metric = workingParams_.distanceMetric();
     if (detail::CompactSearch::isPossible(pattern, *store_, compact_.get(), metric.get())) {
-        return detail::CompactSearch(pattern, *store_, *compact_, *metric, required).neighbors();
+        return detail::CompactSearch(pattern, *store_, *compact_, *metric, k).neighbors();
     }
-    detail::NeighborList nearest(required, store_->numPatterns());
-    detail::offerStoredPatterns(pattern, *store_, metric, nearest);
-    return std::move(nearest.indices());
+    std::vector<long> indices;
+    std::vector<double> distances;
+    findNearestNeighbors_(pattern, k, indices, distances);
+    return indices;
+}
+
+void vx_ClassifierKNN::findNearestNeighbors_(const vxFeaturePattern& pattern, long k,
+                                             std::vector<long>& indices,
+                                             std::vector<double>& distances) const {
+    detail::NeighborList nearest(detail::requireNeighborCount(k), store_->numPatterns());
+    detail::offerStoredPatterns(pattern, *store_, workingParams_.distanceMetric(), nearest);
+    indices.swap(nearest.indices());
+    distances.swap(nearest.distances());
 }
 
 void vx_ClassifierKNN::fillMatchResults_(const std::vector<long>& indices,
