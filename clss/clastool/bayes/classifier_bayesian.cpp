@@ -3,17 +3,17 @@
 #include "clss/clastool/bayes/learners.h"
 #include "clss/clastool/bayes/model_layout.h"
 #include "clss/clastool/foundation/parallel_vectors.h"
+#include "clss/clastool/foundation/result_access.h"
 #include "platform/archive/class_level.h"
 #include "platform/statistics/scratch.h"
+#include "platform/system/attention_check.h"
 
 #include <vxclassifier/category_model_bayesian.h>
 #include <vxclassifier/classifier_data_provider.h>
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/classifier_result.h>
 #include <vxclassifier/classifier_train_params_bayesian.h>
-#include <vxclassifier/platform/attention.h>
 #include <vxclassifier/platform/exception.h>
-#include <vxclassifier/platform/status.h>
 
 #include <algorithm>
 #include <cmath>
@@ -44,10 +44,6 @@ const vxClassifierTrainParamsBayesian& bayesian(const vxClassifierTrainParams& p
 
 vx_CategoryModelBayesian& bayesian(const vxPtrHandle<vx_CategoryModel>& model) {
     return castTo<vx_CategoryModelBayesian>(model.get());
-}
-
-void throwIfInterrupted() {
-    vfThrowExceptionOnFailure(vsys_attention_check());
 }
 
 /// The largest log-likelihood. NaN gives way to whatever follows it.
@@ -187,10 +183,10 @@ void vx_ClassifierBayesian::checkRunnable_() const {
 
 void vx_ClassifierBayesian::logLikelihoods(const vxFeaturePattern& pattern, double* values) const {
     for (const vxPtrHandle<vx_CategoryModel>& model : categoryModels_) {
-        throwIfInterrupted();
+        detail::throwIfInterrupted();
         *values++ = bayesian(model).matchScore(pattern, nullptr, 0);
     }
-    throwIfInterrupted();
+    detail::throwIfInterrupted();
 }
 
 void vx_ClassifierBayesian::run_(const vxFeaturePattern& pattern, vxClassifierResult& result) const {
@@ -205,8 +201,8 @@ void vx_ClassifierBayesian::run_(const vxFeaturePattern& pattern, vxClassifierRe
     for (std::size_t i = 0; i < number; ++i) {
         matches.emplace_back(categoryModels_[i]->categoryLabel(), std::exp(factorLog + scores[i]), 0.0, 0.0);
     }
-    result =
-        vxClassifierResult(matches, params.categoryFrequencies(), params.misclassificationCosts(), factorLog);
+    detail::ResultAccess::decide(matches, params.categoryFrequencies(), params.misclassificationCosts(),
+                                 factorLog, result);
 }
 
 void vx_ClassifierBayesian::recordTrainInputs_(vxDiagObject*, unsigned long) const {}

@@ -46,6 +46,13 @@ public:
     double logLikelihood(const double* values, LogValueOf logValueOf) const {
         Scratch<double> ofSingles(paddedToLanes(singles_.size()));
         singles_.logValues(values, ofSingles.data());
+        if (joints_.empty() && singles_.size() == kinds_.size()) {
+            const double sum = sumOf(ofSingles.data(), singles_.size());
+            // One that is not certain would have made the sum as odd.
+            if (sum >= 0.1 * IndependentNormals::leastCertain) {
+                return sum;
+            }
+        }
         std::size_t single = 0;
         std::size_t joint = 0;
         double sum = 0.0;
@@ -72,6 +79,14 @@ private:
         std::vector<long> indices;
         bool areConsecutive;
     };
+
+    static double sumOf(const double* values, std::size_t number) noexcept {
+        double sum = 0.0;
+        for (std::size_t i = 0; i < number; ++i) {
+            sum += values[i];
+        }
+        return sum;
+    }
 
     Kind add(const std::vector<long>& set, vx_ProbabilityDensityFunction* density);
     static bool evaluate(const Joint& joint, const double* values, double& logValue);
