@@ -13,17 +13,40 @@ namespace {
 // Products of differences up to here, and sums of as many as a block has, do not overflow.
 constexpr double largestDifference = 1e150;
 
+std::uint64_t bitsOf(double number) noexcept {
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &number, sizeof bits);
+    return bits;
+}
+
 /// Adding to the lowest bit of an exponent of ones, and to no other, carries into the sign.
 bool areFinite(const double* values, std::size_t size) noexcept {
     constexpr std::uint64_t exponent = 0x7ff0000000000000;
     constexpr std::uint64_t lowestOfExponent = 0x0010000000000000;
     std::uint64_t carries = 0;
     for (std::size_t i = 0; i < size; ++i) {
-        std::uint64_t bits = 0;
-        std::memcpy(&bits, values + i, sizeof bits);
-        carries |= (bits & exponent) + lowestOfExponent;
+        carries |= (bitsOf(values[i]) & exponent) + lowestOfExponent;
     }
     return carries >> 63 == 0;
+}
+
+/// Positive doubles are ordered as their bits are.
+bool areModerate(const double* differences, std::size_t number) noexcept {
+    constexpr std::uint64_t magnitude = 0x7fffffffffffffff;
+    const std::uint64_t most = bitsOf(largestDifference);
+    std::uint64_t borrows = 0;
+    for (std::size_t i = 0; i < number; ++i) {
+        borrows |= most - (bitsOf(differences[i]) & magnitude);
+    }
+    return borrows >> 63 == 0;
+}
+
+void subtract(const double* __restrict values, const double* __restrict means, const double* __restrict rests,
+              double* __restrict differences, double* __restrict sums, std::size_t size) noexcept {
+    for (std::size_t i = 0; i < size; ++i) {
+        differences[i] = (values[i] - means[i]) - rests[i];
+        sums[i] += differences[i];
+    }
 }
 
 template <class Lanes>
@@ -79,21 +102,19 @@ bool SampleBlock::makeDifferences(const vmath_PDFMultivariateNormal& pdf,
     double* const differences = sample(maxSamples);
     double* const sums = sample(2 * maxSamples);
     double* const shifts = sums + stride_;
+    double* const means = shifts + stride_;
     const double numAll = static_cast<double>(rest.numSamples) + static_cast<double>(numSamples_);
-    std::fill(differences, shifts, 0.0);
-    bool areModerate = true;
+    std::fill(differences + numSamples_ * stride_, shifts, 0.0);
+    for (std::size_t i = 0; i < size_; ++i) {
+        means[i] = pdf.mean.rows[i][0];
+    }
     for (std::size_t row = 0; row < numSamples_; ++row) {
-        for (std::size_t i = 0; i < size_; ++i) {
-            const double difference = (sample(row)[i] - pdf.mean.rows[i][0]) - rest.mean[i];
-            differences[row * stride_ + i] = difference;
-            sums[i] += difference;
-            areModerate = areModerate && std::fabs(difference) <= largestDifference;
-        }
+        subtract(sample(row), means, rest.mean.data(), differences + row * stride_, sums, size_);
     }
     for (std::size_t i = 0; i < size_; ++i) {
         shifts[i] = sums[i] / numAll;
     }
-    return areModerate;
+    return areModerate(differences, numSamples_ * stride_);
 }
 
 void SampleBlock::moveInto(vmath_PDFMultivariateNormal& pdf, StatisticsRest& rest) noexcept {

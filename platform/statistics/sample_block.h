@@ -15,11 +15,11 @@ namespace detail {
 /// exact: each entry of the covariance is brought up to date once for all of them.
 class SampleBlock {
 public:
-    static constexpr std::size_t maxSamples = 16;
+    static constexpr std::size_t maxSamples = 32;
 
     /// Statistics of fewer samples take in samples one by one. Among so many, the rounding errors of adding
     /// up a block are lost.
-    static constexpr std::int64_t leastStatistics = 256;
+    static constexpr std::int64_t leastStatistics = 128;
 
     bool isFull() const noexcept { return numSamples_ == maxSamples; }
 

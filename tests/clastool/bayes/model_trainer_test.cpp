@@ -81,7 +81,7 @@ vx_CategoryModelBayesian adapted(long label, const vxClassifierDataProvider& dat
 
 TEST(ModelTrainer, LeavesModelsThatHaveAdaptedToEachPattern) {
     // Few enough that the statistics take in patterns one by one.
-    const vxClassifierDataProviderMemory data = someData(900);
+    const vxClassifierDataProviderMemory data = someData(450);
     OpenBayesian classifier;
     classifier.train(data, paramsOf(mixedTypes(), maxima()));
     std::vector<vxPtrHandle<vx_CategoryModel>> models;
@@ -127,7 +127,7 @@ TEST(ModelTrainer, LeavesNearlyThatForManyPatterns) {
 }
 
 TEST(ModelTrainer, LeavesWhatCameBeforeAFailure) {
-    vxClassifierDataProviderMemory data = someData(900);
+    vxClassifierDataProviderMemory data = someData(450);
     // The joint set takes the pattern, the binomial refuses it.
     const vxFeaturePattern refused = patternOf({0.5, 0.5, 0.5, 0.5, 21.0, 0.5, 0.5});
     data.addData(vxPtrHandle_const<vxFeaturePattern>(new vxFeaturePattern(refused)), 64);
@@ -135,7 +135,7 @@ TEST(ModelTrainer, LeavesWhatCameBeforeAFailure) {
     OpenBayesian failed;
     EXPECT_ERROR(failed.train_(data, paramsOf(mixedTypes(), maxima())), vxClassifierDefs::BadParams,
                  L"Train data measurement cannot exceed its maximum value when using binomial distribution");
-    vxClassifierDataProviderMemory before = someData(900);
+    vxClassifierDataProviderMemory before = someData(450);
     vx_CategoryModelBayesian half = adapted(64, before);
     EXPECT_THROW(half.adapt(refused), vxClassifierDefs::BadParams);
 
