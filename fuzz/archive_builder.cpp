@@ -105,11 +105,14 @@ void ArchiveBuilder::topLevelPointer(test::Payload& out, Make make) {
     out.append(pending_.bytes()).u32(reference);
 }
 
-/// Null, an object that is there already, or a new one; now and then of another family.
+/// Null, an object that is there already, or a new one; now and then of another family, or not there.
 std::uint32_t ArchiveBuilder::object(char family, int depth) {
     const unsigned kind = choices_.byte();
     if (kind == 0 || depth > deepest || records_.size() >= mostRecords) {
         return 0;
+    }
+    if (kind == 0xa5U) { // one that does not stand there yet, such as the object that would hold it
+        return static_cast<std::uint32_t>(records_.size() + 1 + choices_.below(3));
     }
     const bool any = kind == 1 || family == '*';
     const auto fits = [&](char other) { return any || other == family; };
