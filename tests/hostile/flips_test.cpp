@@ -55,12 +55,15 @@ void eachInsertion(const Bytes& bytes, const std::vector<unsigned>& values, Look
     }
 }
 
-std::vector<unsigned> allBytes() {
-    std::vector<unsigned> all;
-    for (unsigned value = 0; value < 256; ++value) {
-        all.push_back(value);
+/// All values of a byte, or every seventeenth where VXCLASSIFIER_FEW_BYTES is set: a sanitizer finds nothing
+/// more in the others, and takes its time.
+std::vector<unsigned> insertedBytes() {
+    const unsigned step = std::getenv("VXCLASSIFIER_FEW_BYTES") != nullptr ? 17 : 1;
+    std::vector<unsigned> bytes;
+    for (unsigned value = 0; value < 256; value += step) {
+        bytes.push_back(value);
     }
-    return all;
+    return bytes;
 }
 
 class Damage : public testing::TestWithParam<test::GoldenFile> {};
@@ -80,9 +83,10 @@ TEST_P(Damage, IsRefusedWhenTheArchiveIsOpened) {
         }
     };
     eachDamage(GetParam().bytes, look);
-    eachInsertion(GetParam().bytes, allBytes(), look);
+    const std::vector<unsigned> inserted = insertedBytes();
+    eachInsertion(GetParam().bytes, inserted, look);
     const long size = static_cast<long>(GetParam().bytes.size());
-    EXPECT_EQ(expected, 10 * size + 256 * (size + 1));
+    EXPECT_EQ(expected, 10 * size + static_cast<long>(inserted.size()) * (size + 1));
     EXPECT_EQ(refused, expected);
 }
 
