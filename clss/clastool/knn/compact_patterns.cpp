@@ -2,10 +2,13 @@
 
 #include "clss/clastool/foundation/observed_patterns.h"
 #include "clss/clastool/foundation/stored_rows.h"
+#include "clss/clastool/knn/cell_coder.h"
+#include "clss/clastool/knn/cell_sample.h"
 
 #include <vxclassifier/feature_pattern.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <exception>
 #include <functional>
@@ -18,8 +21,8 @@ namespace {
 
 using Patterns = std::vector<vxPtrHandle_const<vxFeaturePattern>>;
 
-constexpr std::size_t numBounds = CompactPatterns::numCells - 1;
-constexpr std::size_t sampleSize = 2048;
+constexpr std::size_t blockSize = CompactPatterns::blockSize;
+constexpr std::size_t tileWidth = 16; // measurements that are gathered together: they fit a fast cache
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
 bool areOrdinary(const std::vector<double>& measurements) noexcept {
@@ -30,71 +33,75 @@ bool areOrdinary(const std::vector<double>& measurements) noexcept {
     return ordinary;
 }
 
-/// Whether at most half of the rows repeat a pattern of another row. Each row has codes of its own, so those
-/// of a wide pattern that an archive names a million times would take far more memory than the archive.
-bool areMostlyDifferent(const Patterns& patterns, std::size_t count) {
+/// Whether a search need not expect anything odd of the pattern.
+bool isOrdinary(const vxFeaturePattern* pattern, std::size_t width) noexcept {
+    return pattern != nullptr && pattern->numInvalid() == 0 &&
+           pattern->featureMeasurements(false).size() == width;
+}
+
+std::size_t numDifferent(const Patterns& patterns, std::size_t count) {
     std::vector<const vxFeaturePattern*> sorted(count);
     std::transform(patterns.begin(), patterns.begin() + static_cast<std::ptrdiff_t>(count), sorted.begin(),
                    [](const auto& pattern) { return pattern.get(); });
     std::sort(sorted.begin(), sorted.end(), std::less<>());
-    const auto end = std::unique(sorted.begin(), sorted.end());
-    return 2 * static_cast<std::size_t>(end - sorted.begin()) >= count;
+    return static_cast<std::size_t>(std::unique(sorted.begin(), sorted.end()) - sorted.begin());
 }
 
-/// The values of one measurement in patterns that stand evenly among all, in ascending order.
-void takeSample(const Patterns& patterns, std::size_t count, std::size_t measurement,
-                std::vector<double>& sample) {
-    const std::size_t size = std::min(count, sampleSize);
-    sample.resize(size);
-    for (std::size_t i = 0; i < size; ++i) {
-        sample[i] = patterns[i * count / size]->featureMeasurements(false)[measurement];
+/// At most as many as there are different patterns, and hardly less: the bits that their addresses set among
+/// 8 to 16 times as many.
+std::size_t leastDifferent(const Patterns& patterns, std::size_t count) {
+    std::size_t shift = 64 - 9;
+    while ((std::size_t{1} << (64 - shift)) < 8 * count) {
+        --shift;
     }
-    std::sort(sample.begin(), sample.end());
-}
-
-/// The upper bounds of all cells but the last, ascending; infinite behind the cells that are needed. Each is
-/// a value of the sample below its largest, so that no cell is empty.
-void chooseBounds(std::vector<double>& sample, double* bounds) {
-    const double largest = sample.back();
-    const std::vector<double> all = sample;
-    sample.erase(std::unique(sample.begin(), sample.end()), sample.end());
-    std::size_t made = 0;
-    if (sample.size() <= CompactPatterns::numCells) {
-        made = sample.size() - 1;
-        std::copy_n(sample.begin(), made, bounds);
-    } else {
-        for (std::size_t i = 1; i <= numBounds; ++i) {
-            const double bound = all[i * all.size() / CompactPatterns::numCells];
-            if (bound < largest && (made == 0 || bounds[made - 1] < bound)) {
-                bounds[made++] = bound;
-            }
-        }
+    std::vector<std::uint64_t> bits((std::size_t{1} << (64 - shift)) / 64);
+    std::size_t set = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto address = reinterpret_cast<std::uintptr_t>(patterns[i].get());
+        const std::uint64_t hash = std::uint64_t{address} * 0x9e3779b97f4a7c15U >> shift;
+        std::uint64_t& word = bits[hash / 64];
+        const std::uint64_t bit = std::uint64_t{1} << hash % 64;
+        set += (word & bit) == 0 ? 1 : 0;
+        word |= bit;
     }
-    std::fill(bounds + made, bounds + numBounds, infinity);
+    return set;
 }
 
-/// How many of the bounds are less than the value.
-std::size_t lowerBound(double value, const double* bounds) noexcept {
-    std::size_t cell = bounds[7] < value ? 8 : 0;
-    cell += bounds[cell + 3] < value ? 4 : 0;
-    cell += bounds[cell + 1] < value ? 2 : 0;
-    cell += bounds[cell] < value ? 1 : 0;
-    return cell;
+/// Whether at most half of the rows repeat a pattern of another row. Each row has codes of its own, so those
+/// of a wide pattern that an archive names a million times would take far more memory than the archive.
+bool areMostlyDifferent(const Patterns& patterns, std::size_t count) {
+    return 2 * leastDifferent(patterns, count) >= count || 2 * numDifferent(patterns, count) >= count;
+}
+
+/// Lowers the ends of the cells to hold the values.
+void widen(const double* values, const std::uint8_t* cells, double* lows) noexcept {
+    for (std::size_t i = 0; i < blockSize; ++i) {
+        lows[cells[i]] = std::min(lows[cells[i]], values[i]);
+    }
+}
+
+void fetch(const void* address) noexcept {
+    __builtin_prefetch(address);
 }
 
 } // namespace
 
-std::unique_ptr<CompactPatterns>
-CompactPatterns::describe(const vxClassifierDataProviderMemory& store) noexcept {
+std::unique_ptr<CompactPatterns> CompactPatterns::describe(const vxClassifierDataProviderMemory& store,
+                                                           const CellCoder& coder) noexcept {
     try {
         std::unique_ptr<CompactPatterns> made(new CompactPatterns);
-        if (made->read(store)) {
+        if (made->read(store, coder)) {
             return made;
         }
     } catch (const std::exception&) {
         // Out of memory: nothing but speed is lost.
     }
     return nullptr;
+}
+
+std::unique_ptr<CompactPatterns>
+CompactPatterns::describe(const vxClassifierDataProviderMemory& store) noexcept {
+    return describe(store, bestCellCoder());
 }
 
 std::unique_ptr<CompactPatterns>
@@ -114,7 +121,7 @@ void CompactPatterns::follow(std::unique_ptr<CompactPatterns>& compact,
                              const vxClassifierDataProviderMemory& store) noexcept {
     const auto count = static_cast<std::size_t>(store.numPatterns());
     if (count > fewPatterns && count >= 2 * compact->numWhenMade_) {
-        compact = describe(store);
+        compact = describe(store, bestCellCoder());
         return;
     }
     try {
@@ -132,14 +139,14 @@ bool CompactPatterns::suits(const std::vector<double>& measurements) const noexc
     return measurements.size() == width_ && areOrdinary(measurements);
 }
 
-bool CompactPatterns::read(const vxClassifierDataProviderMemory& store) {
+bool CompactPatterns::read(const vxClassifierDataProviderMemory& store, const CellCoder& coder) {
     if (typeid(store) != typeid(vxClassifierDataProviderMemory) || store.numPatterns() == 0) {
         return false;
     }
     revision_ = StoredRows::revision(store);
     changes_ = PatternObservation::changes();
     const Patterns& patterns = StoredRows::patterns(store);
-    const auto count = static_cast<std::size_t>(store.numPatterns());
+    numPatterns_ = static_cast<std::size_t>(store.numPatterns());
     if (patterns.front().isNull()) {
         return false;
     }
@@ -147,58 +154,96 @@ bool CompactPatterns::read(const vxClassifierDataProviderMemory& store) {
     if (width_ == 0 || width_ > widest) {
         return false;
     }
-    for (; numPatterns_ < count; ++numPatterns_) {
-        const vxFeaturePattern* pattern = patterns[numPatterns_].get();
-        if (pattern == nullptr || pattern->numInvalid() != 0 || !suits(pattern->featureMeasurements(false))) {
-            return false;
+    if (numPatterns_ > fewPatterns) {
+        numWhenMade_ = numPatterns_;
+        if (areMostlyDifferent(patterns, numPatterns_)) {
+            return makeCodes(patterns, coder);
         }
-        PatternObservation::observe(*pattern);
     }
-    if (count > fewPatterns) {
-        numWhenMade_ = count;
-        if (areMostlyDifferent(patterns, count)) {
-            makeCodes(store);
+    for (std::size_t i = 0; i < numPatterns_; ++i) {
+        if (!observe(patterns[i].get()) || !areOrdinary(patterns[i]->featureMeasurements(false))) {
+            return false;
         }
     }
     return true;
 }
 
-void CompactPatterns::makeCodes(const vxClassifierDataProviderMemory& store) {
-    const Patterns& patterns = StoredRows::patterns(store);
-    std::vector<double> bounds(width_ * numBounds);
-    std::vector<double> sample;
-    for (std::size_t j = 0; j < width_; ++j) {
-        takeSample(patterns, numPatterns_, j, sample);
-        chooseBounds(sample, bounds.data() + j * numBounds);
+/// False for a pattern that cannot be described, whatever its measurements.
+bool CompactPatterns::observe(const vxFeaturePattern* pattern) const noexcept {
+    if (!isOrdinary(pattern, width_)) {
+        return false;
     }
-    cells_.resize(width_ * cellDoubles);
-    for (std::size_t j = 0; j < width_; ++j) {
-        double* lows = cells_.data() + j * cellDoubles;
-        std::fill_n(lows, numCells, infinity);
-        std::fill_n(lows + numCells, numCells, -infinity);
-    }
-    codes_.resize(numBlocks() * width_);
-    const auto cellOf = [&](std::size_t j, double value) {
-        return lowerBound(value, bounds.data() + j * numBounds);
-    };
-    for (std::size_t i = 0; i < numPatterns_; ++i) {
-        encode(i, patterns[i]->featureMeasurements(false).data(), cellOf);
-    }
-    std::replace(cells_.begin(), cells_.end(), -infinity, infinity); // cells that are not needed
+    PatternObservation::observe(*pattern);
+    return true;
 }
 
-template <class CellOf>
-void CompactPatterns::encode(std::size_t index, const double* measurements, CellOf cellOf) {
-    const std::size_t lane = index % blockSize;
-    Row* row = codes_.data() + index / blockSize * width_;
-    for (std::size_t j = 0; j < width_; ++j, ++row) {
-        const std::size_t cell = cellOf(j, measurements[j]);
-        std::uint8_t& code = row->bytes[lane % rowBytes];
-        code = static_cast<std::uint8_t>(code | (lane < rowBytes ? cell : cell << 4U));
-        double& low = cells_[j * cellDoubles + cell];
-        double& high = cells_[j * cellDoubles + numCells + cell];
-        low = std::min(low, measurements[j]);
-        high = std::max(high, measurements[j]);
+bool CompactPatterns::makeCodes(const Patterns& patterns, const CellCoder& coder) {
+    const std::size_t inSample = cellSampleOf(numPatterns_);
+    std::array<const double*, cellSampleSize> sample;
+    for (std::size_t i = 0; i < inSample; ++i) {
+        const vxFeaturePattern* pattern = patterns[i * numPatterns_ / inSample].get();
+        if (!observe(pattern) || !areOrdinary(pattern->featureMeasurements(false))) {
+            return false;
+        }
+        sample[i] = pattern->featureMeasurements(false).data();
+    }
+    cells_.resize(width_ * cellDoubles);
+    makeCells(sample.data(), inSample, width_, cells_.data());
+    codes_.resize(numBlocks() * width_);
+    std::vector<double> greatest(width_, -infinity);
+    for (std::size_t block = 0; block < numBlocks(); ++block) {
+        if (!encodeBlock(patterns, block, coder, greatest.data())) {
+            return false;
+        }
+    }
+    for (std::size_t j = 0; j < width_; ++j) {
+        double* highs = cells_.data() + j * cellDoubles + numCells;
+        *std::find(highs, highs + numCells, infinity) = greatest[j];
+    }
+    return true;
+}
+
+/// Finds the cells of a block's patterns, lowers the ends of the cells to hold them, and raises the greatest
+/// value of each measurement. False if a pattern is odd.
+bool CompactPatterns::encodeBlock(const Patterns& patterns, std::size_t block, const CellCoder& coder,
+                                  double* greatest) {
+    const std::size_t start = block * blockSize;
+    const std::size_t count = std::min(blockSize, numPatterns_ - start);
+    std::array<const double*, blockSize> rows;
+    for (std::size_t i = 0; i < count; ++i) {
+        const vxFeaturePattern* pattern = patterns[start + i].get();
+        if (!observe(pattern)) {
+            return false;
+        }
+        rows[i] = pattern->featureMeasurements(false).data();
+        fetch(rows[i]);
+        fetch(patterns[std::min(start + i + blockSize, numPatterns_ - 1)].get());
+    }
+    std::fill(rows.begin() + static_cast<std::ptrdiff_t>(count), rows.end(), rows[count - 1]);
+    std::array<double, tileWidth * blockSize> columns;
+    for (std::size_t first = 0; first < width_; first += tileWidth) {
+        const std::size_t last = std::min(first + tileWidth, width_);
+        if (!coder.gather(rows.data(), first, last, columns.data())) {
+            return false;
+        }
+        for (std::size_t j = first; j < last; ++j) {
+            const double* values = columns.data() + (j - first) * blockSize;
+            encodeColumn(values, count, cells_.data() + j * cellDoubles, coder, codes_[block * width_ + j],
+                         greatest[j]);
+        }
+    }
+    return true;
+}
+
+void CompactPatterns::encodeColumn(const double* values, std::size_t count, double* ends,
+                                   const CellCoder& coder, Row& row, double& greatest) {
+    std::array<std::uint8_t, blockSize> cells;
+    if (!coder.findCells(values, ends, cells.data(), greatest)) {
+        widen(values, cells.data(), ends);
+    }
+    std::fill(cells.begin() + static_cast<std::ptrdiff_t>(count), cells.end(), std::uint8_t{0});
+    for (std::size_t i = 0; i < rowBytes; ++i) {
+        row.bytes[i] = static_cast<std::uint8_t>(cells[i] | cells[rowBytes + i] << 4U);
     }
 }
 
@@ -211,14 +256,26 @@ bool CompactPatterns::append(const vxFeaturePattern& pattern) {
         if (numPatterns_ % blockSize == 0) {
             codes_.resize(codes_.size() + width_);
         }
-        encode(numPatterns_, pattern.featureMeasurements(false).data(), [&](std::size_t j, double value) {
-            const double* lows = cells_.data() + j * cellDoubles;
-            const std::size_t cell = lowerBound(value, lows + numCells);
-            return lows[cell] == infinity ? cell - 1 : cell; // beyond all: the last one is widened
-        });
+        encodeNext(pattern.featureMeasurements(false).data());
     }
     ++numPatterns_;
     return true;
+}
+
+/// Widens the cells to hold what lies between or beyond them.
+void CompactPatterns::encodeNext(const double* measurements) {
+    const std::size_t lane = numPatterns_ % blockSize;
+    Row* row = codes_.data() + numPatterns_ / blockSize * width_;
+    double* lows = cells_.data();
+    for (std::size_t j = 0; j < width_; ++j, ++row, lows += cellDoubles) {
+        const double value = measurements[j];
+        std::size_t cell = cellOf(value, lows);
+        cell -= lows[cell] == infinity ? 1 : 0; // beyond all: the last one is widened
+        std::uint8_t& code = row->bytes[lane % rowBytes];
+        code = static_cast<std::uint8_t>(code | (lane < rowBytes ? cell : cell << 4U));
+        lows[cell] = std::min(lows[cell], value);
+        lows[numCells + cell] = std::max(lows[numCells + cell], value);
+    }
 }
 
 } // namespace detail

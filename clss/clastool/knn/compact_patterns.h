@@ -1,6 +1,8 @@
 #ifndef CLSS_CLASTOOL_KNN_COMPACT_PATTERNS_H
 #define CLSS_CLASTOOL_KNN_COMPACT_PATTERNS_H
 
+#include <vxclassifier/platform/ptr_handle.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -10,6 +12,8 @@ class vxClassifierDataProviderMemory;
 class vxFeaturePattern;
 
 namespace detail {
+
+struct CellCoder;
 
 /// What a search needs to know of stored patterns to leave most of them alone: for each measurement of each
 /// pattern, which of 16 cells the value lies in, in half a byte, and for each cell the smallest and the
@@ -36,6 +40,10 @@ public:
     /// Null where the patterns are not such as can be described, and where memory is short: then a search
     /// goes without, which is slower but no reason to fail.
     static std::unique_ptr<CompactPatterns> describe(const vxClassifierDataProviderMemory& store) noexcept;
+
+    /// The same by this coder.
+    static std::unique_ptr<CompactPatterns> describe(const vxClassifierDataProviderMemory& store,
+                                                     const CellCoder& coder) noexcept;
 
     /// A copy; null for none, and where memory is short.
     static std::unique_ptr<CompactPatterns> copyOf(const std::unique_ptr<CompactPatterns>& other) noexcept;
@@ -80,11 +88,16 @@ private:
     CompactPatterns() = default;
     CompactPatterns(const CompactPatterns&) = default;
 
-    bool read(const vxClassifierDataProviderMemory& store);
+    using Patterns = std::vector<vxPtrHandle_const<vxFeaturePattern>>;
+
+    bool read(const vxClassifierDataProviderMemory& store, const CellCoder& coder);
+    bool observe(const vxFeaturePattern* pattern) const noexcept;
+    bool makeCodes(const Patterns& patterns, const CellCoder& coder);
+    bool encodeBlock(const Patterns& patterns, std::size_t block, const CellCoder& coder, double* greatest);
+    static void encodeColumn(const double* values, std::size_t count, double* ends, const CellCoder& coder,
+                             Row& row, double& greatest);
     bool append(const vxFeaturePattern& pattern);
-    void makeCodes(const vxClassifierDataProviderMemory& store);
-    template <class CellOf>
-    void encode(std::size_t index, const double* measurements, CellOf cellOf);
+    void encodeNext(const double* measurements);
 
     std::size_t numPatterns_ = 0;
     std::size_t width_ = 0;

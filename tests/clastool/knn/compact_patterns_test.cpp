@@ -1,5 +1,6 @@
 #include "clss/clastool/knn/compact_patterns.h"
 
+#include "clss/clastool/knn/cell_coder.h"
 #include "tests/clastool/knn/compact_fixtures.h"
 #include "tests/clastool/knn/loaded_objects.h"
 #include "tests/support/archives.h"
@@ -7,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 #include <random>
 
@@ -53,6 +55,47 @@ TEST(CompactPatterns, HoldEveryMeasurementInItsCell) {
             ASSERT_NE(compact, nullptr);
             EXPECT_TRUE(compact->describes(store));
             expectCellsToHold(*compact, store);
+        }
+    }
+}
+
+/// Expects the ends of the cells to be values that lie in them, and the places behind the last pattern empty.
+void expectNarrowCells(const CompactPatterns& compact, const Store& store) {
+    for (std::size_t j = 0; j < compact.width(); ++j) {
+        std::vector<double> ends(CompactPatterns::cellDoubles, infinity);
+        for (std::size_t i = 0; i < compact.numBlocks() * CompactPatterns::blockSize; ++i) {
+            const std::size_t cell = cellOf(compact, i, j);
+            if (i >= compact.numPatterns()) {
+                ASSERT_EQ(cell, 0U);
+                continue;
+            }
+            const double value =
+                store.featurePattern(static_cast<long>(i))->featureMeasurement(static_cast<long>(j), true);
+            double& high = ends[CompactPatterns::numCells + cell];
+            high = high == infinity ? value : std::max(high, value);
+            ends[cell] = std::min(ends[cell], value);
+        }
+        EXPECT_TRUE(std::equal(ends.begin(), ends.end(), compact.cells() + j * CompactPatterns::cellDoubles))
+            << "measurement " << j;
+    }
+}
+
+TEST(CompactPatterns, HaveTheSameNarrowCellsByAllCoders) {
+    std::mt19937_64 engine(4);
+    for (const test::Data& data : test::kindsOfData()) {
+        SCOPED_TRACE(data.name);
+        for (const std::size_t width : {1u, 3u, 4u, 16u, 37u}) {
+            for (const std::size_t count : {193u, 256u, 511u, 700u}) {
+                const Store store = test::storeOf(test::draw(data, engine, count, width));
+                const auto portable = CompactPatterns::describe(store, detail::portableCellCoder());
+                const auto best = CompactPatterns::describe(store, detail::bestCellCoder());
+                ASSERT_NE(portable, nullptr);
+                ASSERT_NE(best, nullptr);
+                expectNarrowCells(*portable, store);
+                expectNarrowCells(*best, store);
+                EXPECT_TRUE(std::equal(portable->codes(0), portable->codes(portable->numBlocks()),
+                                       best->codes(0), best->codes(best->numBlocks())));
+            }
         }
     }
 }
@@ -117,6 +160,30 @@ TEST(CompactPatterns, RefuseWhatIsOdd) {
     } derived;
     derived.addData(good, 0);
     EXPECT_TRUE(refuses(derived));
+}
+
+TEST(CompactPatterns, RefuseOneOddPatternAmongManyWhereverItStands) {
+    const std::vector<test::PatternHandle> odd{
+        test::PatternHandle(),
+        test::pattern({1.0}),
+        test::pattern({1.0, 2.0, 3.0}),
+        test::pattern({1.0, 2.0}, {1}),
+        test::pattern({1.0, notANumber}),
+        test::pattern({1.1 * CompactPatterns::largest, 1.0}),
+    };
+    std::vector<test::PatternHandle> patterns;
+    for (std::size_t i = 0; i < 300; ++i) {
+        patterns.push_back(test::pattern({static_cast<double>(i), 2.0}));
+    }
+    const std::vector<long> labels(patterns.size(), 0);
+    EXPECT_NE(CompactPatterns::describe(test::loadedStore(patterns, labels)), nullptr);
+    for (const test::PatternHandle& pattern : odd) {
+        for (const std::size_t place : {0u, 1u, 63u, 64u, 149u, 150u, 151u, 298u, 299u}) {
+            std::vector<test::PatternHandle> changed = patterns;
+            changed[place] = pattern;
+            EXPECT_EQ(CompactPatterns::describe(test::loadedStore(changed, labels)), nullptr) << place;
+        }
+    }
 }
 
 TEST(CompactPatterns, DescribeTheRowsThatPatternsAndLabelsBothHave) {
