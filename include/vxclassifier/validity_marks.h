@@ -32,6 +32,9 @@ public:
     /// more of them than measurements.
     ValidityMarks(const std::vector<bool>& marks, std::size_t numMeasurements);
 
+    /// The same marks as an archive has them: a byte for each, 0 or 1.
+    ValidityMarks(const unsigned char* bytes, std::size_t count, std::size_t numMeasurements);
+
     ValidityMarks(const ValidityMarks& other);
     ValidityMarks(ValidityMarks&& other) noexcept : word_(other.word_) { other.word_ = none; }
     ValidityMarks& operator=(const ValidityMarks&) = delete;
@@ -67,6 +70,14 @@ public:
 
     /// The marks of a pattern with `numMeasurements` measurements, one by one.
     std::vector<bool> list(std::size_t numMeasurements) const;
+
+    /// How many marks there are.
+    std::size_t size(std::size_t numMeasurements) const noexcept {
+        return isListed() ? listed()->size() : (word_ == none ? 0 : numMeasurements);
+    }
+
+    /// Writes all of them, a byte for each, 0 or 1.
+    void put(unsigned char* to, std::size_t numMeasurements) const noexcept;
 
     /// For the marks of two patterns with the same number of measurements.
     bool operator==(const ValidityMarks& other) const noexcept;

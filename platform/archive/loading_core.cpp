@@ -73,8 +73,12 @@ void LoadingCore::getTruths(std::vector<bool>& values, std::size_t count) {
     const std::size_t valid = countTruthValues(from, count);
     getTruthValues(values, from, valid);
     if (valid < count) {
-        throw vxArchive::CorruptData(L"A truth value in the archive is neither 0 nor 1.");
+        throwNoTruthValue();
     }
+}
+
+void LoadingCore::throwNoTruthValue() {
+    throw vxArchive::CorruptData(L"A truth value in the archive is neither 0 nor 1.");
 }
 
 std::wstring LoadingCore::getText() {

@@ -46,6 +46,10 @@ public:
     void getTruths(std::vector<bool>& values, std::size_t count);
 
     std::wstring getText();
+
+    /// The next so many bytes, of which there are enough. They stay as long as the archive.
+    const unsigned char* getBlock(std::size_t size) { return takeBytes(size); }
+
     vxPersistent* getPointer(vxArchive& archive);
 
     /// Throws vxArchive::TooLarge unless `count` elements of at least `elementSize` bytes each can follow.
@@ -66,6 +70,9 @@ public:
             throwUnusable();
         }
     }
+
+    /// Throws vxArchive::CorruptData for a byte that is neither 0 nor 1 where a truth value should be.
+    [[noreturn]] static void throwNoTruthValue();
 
     /// Whoever asked for the pointer that was read last does not take the object.
     void leaveLast() noexcept;

@@ -43,6 +43,10 @@ public:
     void putNumbers(const std::vector<long>& values);
     void putTruths(const std::vector<bool>& values);
     void putText(const std::wstring& text);
+
+    /// A place for so many bytes, to be filled before anything else is written.
+    unsigned char* putBlock(std::size_t size) { return room(size); }
+
     void putPointer(vxArchive& archive, vxPersistent* object);
 
     /// Something was left half written: the archive cannot be used any more.

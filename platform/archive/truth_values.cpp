@@ -50,8 +50,20 @@ void putTruthValues(unsigned char* to, const std::vector<bool>& values) noexcept
 }
 
 std::size_t countTruthValues(const unsigned char* from, std::size_t count) noexcept {
+    std::size_t good = 0;
+    while (count - good >= group && (getLittleEndian<std::uint64_t>(from + good) & ~ones) == 0) {
+        good += group;
+    }
     const auto isNone = [](unsigned char byte) { return byte > 1; };
-    return static_cast<std::size_t>(std::find_if(from, from + count, isNone) - from);
+    return static_cast<std::size_t>(std::find_if(from + good, from + count, isNone) - from);
+}
+
+std::size_t countTrue(const unsigned char* from, std::size_t count) noexcept {
+    std::size_t good = 0;
+    while (count - good >= group && getLittleEndian<std::uint64_t>(from + good) == ones) {
+        good += group;
+    }
+    return static_cast<std::size_t>(std::find(from + good, from + count, 0) - from);
 }
 
 void getTruthValues(std::vector<bool>& values, const unsigned char* from, std::size_t count) {

@@ -2,6 +2,7 @@
 
 #include "clss/clastool/foundation/observed_patterns.h"
 #include "platform/archive/class_level.h"
+#include "platform/archive/truth_exchange.h"
 
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/platform/archive.h>
@@ -107,23 +108,27 @@ void vxFeaturePattern::serialize_(vxArchive& archive, unsigned char version) {
 }
 
 void vxFeaturePattern::store_(vxArchive& archive) {
-    std::vector<bool> validity = validity_.list(measurements_.size());
+    const std::size_t size = measurements_.size();
     archive || measurements_;
-    archive || validity;
+    detail::storeTruths(archive, validity_.size(size), [&](unsigned char* to) { validity_.put(to, size); });
 }
 
 void vxFeaturePattern::load_(vxArchive& archive) {
     detail::PatternObservation::changed(*this); // before the change: reading may fail halfway
     // If reading fails halfway, what was read stays, and the old marks where there are no new ones; these
-    // may then be fewer or more than the measurements.
-    std::vector<bool> validity = validity_.list(measurements_.size());
-    const auto keep = [&] { validity_ = detail::ValidityMarks(validity, measurements_.size()); };
+    // may then be fewer or more than the measurements. A new pattern has none, which takes no memory.
+    const std::vector<bool> old = validity_.list(measurements_.size());
+    archive || measurements_; // all of them or none
+    bool areOld = true;
     try {
-        archive || measurements_;
-        archive || validity;
+        detail::loadTruths(archive, [&](const unsigned char* from, std::size_t count) {
+            validity_ = detail::ValidityMarks(from, count, measurements_.size());
+            areOld = false;
+        });
     } catch (...) {
-        keep();
+        if (areOld) {
+            validity_ = detail::ValidityMarks(old, measurements_.size());
+        }
         throw;
     }
-    keep();
 }

@@ -1,5 +1,7 @@
 #include <vxclassifier/validity_marks.h>
 
+#include "platform/archive/truth_values.h"
+
 #include <algorithm>
 #include <cstddef>
 
@@ -18,6 +20,19 @@ ValidityMarks::ValidityMarks(const std::vector<bool>& marks, std::size_t numMeas
         if (!marks[i]) {
             invalidateInline(i);
         }
+    }
+}
+
+ValidityMarks::ValidityMarks(const unsigned char* bytes, std::size_t count, std::size_t numMeasurements) {
+    const std::size_t numInline = std::min(count, inlineSize);
+    if (count != numMeasurements || countTrue(bytes + numInline, count - numInline) != count - numInline) {
+        std::vector<bool> marks;
+        getTruthValues(marks, bytes, count);
+        keepList(marks);
+        return;
+    }
+    for (std::size_t i = countTrue(bytes, numInline); i < numInline; ++i) {
+        word_ |= std::uint64_t{bytes[i] == 0} << (i + 1);
     }
 }
 
@@ -56,6 +71,20 @@ std::vector<bool> ValidityMarks::list(std::size_t numMeasurements) const {
         marks[i] = isValid(i);
     }
     return marks;
+}
+
+void ValidityMarks::put(unsigned char* to, std::size_t numMeasurements) const noexcept {
+    if (isListed()) {
+        putTruthValues(to, *listed());
+        return;
+    }
+    const std::size_t count = size(numMeasurements);
+    std::fill_n(to, count, static_cast<unsigned char>(1));
+    if (!areAllValid()) {
+        for (std::size_t i = 0; i < std::min(count, inlineSize); ++i) {
+            to[i] = isValid(i) ? 1 : 0;
+        }
+    }
 }
 
 bool ValidityMarks::operator==(const ValidityMarks& other) const noexcept {
