@@ -9,19 +9,34 @@
 
 namespace detail {
 
-/// Writes `value` little-endian; compilers turn the loop into one store.
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+constexpr bool isLittleEndian = true;
+#else
+constexpr bool isLittleEndian = false; // or not known: the way that is right on all machines
+#endif
+
+/// Writes `value` little-endian: with one store where the machine does so itself, which not every compiler
+/// makes of the loop.
 template <class Unsigned>
 void putLittleEndian(unsigned char* to, Unsigned value) noexcept {
-    for (std::size_t i = 0; i < sizeof(Unsigned); ++i) {
-        to[i] = static_cast<unsigned char>(value >> (8 * i));
+    if constexpr (isLittleEndian) {
+        std::memcpy(to, &value, sizeof value);
+    } else {
+        for (std::size_t i = 0; i < sizeof(Unsigned); ++i) {
+            to[i] = static_cast<unsigned char>(value >> (8 * i));
+        }
     }
 }
 
 template <class Unsigned>
 Unsigned getLittleEndian(const unsigned char* from) noexcept {
     Unsigned value = 0;
-    for (std::size_t i = 0; i < sizeof(Unsigned); ++i) {
-        value |= static_cast<Unsigned>(static_cast<Unsigned>(from[i]) << (8 * i));
+    if constexpr (isLittleEndian) {
+        std::memcpy(&value, from, sizeof value);
+    } else {
+        for (std::size_t i = 0; i < sizeof(Unsigned); ++i) {
+            value |= static_cast<Unsigned>(static_cast<Unsigned>(from[i]) << (8 * i));
+        }
     }
     return value;
 }
@@ -46,12 +61,6 @@ inline double doubleOf(std::uint64_t bits) noexcept {
     std::memcpy(&value, &bits, sizeof value);
     return value;
 }
-
-#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-constexpr bool isLittleEndian = true;
-#else
-constexpr bool isLittleEndian = false; // or not known: the way that is right on all machines
-#endif
 
 inline void putDoubles(unsigned char* to, const double* values, std::size_t count) noexcept {
     if constexpr (isLittleEndian) {
