@@ -1,6 +1,8 @@
 #ifndef PLATFORM_ARCHIVE_TRACKING_MARK_H
 #define PLATFORM_ARCHIVE_TRACKING_MARK_H
 
+#include "platform/handle/only_thread.h"
+
 #include <atomic>
 #include <cstdint>
 
@@ -24,8 +26,7 @@ public:
             if ((old & stamps) != 0) {
                 return false;
             }
-        } while (
-            !word.compare_exchange_weak(old, old | std::uint64_t{stamp} << 32, std::memory_order_relaxed));
+        } while (!exchange(word, old, old | std::uint64_t{stamp} << 32, std::memory_order_relaxed));
         return true;
     }
 
@@ -38,9 +39,7 @@ public:
     /// does so after this.
     static void removeStamp(Word& word, std::uint32_t stamp) noexcept {
         std::uint64_t old = word.load(std::memory_order_relaxed);
-        while (old >> 32 == stamp &&
-               !word.compare_exchange_weak(old, old & ~stamps, std::memory_order_release,
-                                           std::memory_order_relaxed)) {
+        while (old >> 32 == stamp && !exchange(word, old, old & ~stamps, std::memory_order_release)) {
         }
     }
 
@@ -54,6 +53,17 @@ public:
     }
 
 private:
+    /// Puts `next` in if `old`, which was read before, is there still; otherwise, and sometimes then too,
+    /// reads it anew and returns false.
+    static bool exchange(Word& word, std::uint64_t& old, std::uint64_t next,
+                         std::memory_order order) noexcept {
+        if (isOnlyThread()) {
+            word.store(next, std::memory_order_relaxed);
+            return true;
+        }
+        return word.compare_exchange_weak(old, next, order, std::memory_order_relaxed);
+    }
+
     static constexpr std::uint64_t stamps = 0xffffffff00000000U;
 };
 

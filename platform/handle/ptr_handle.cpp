@@ -1,5 +1,7 @@
 #include <vxclassifier/platform/ptr_handle.h>
 
+#include "platform/handle/only_thread.h"
+
 #include <vxclassifier/platform/exception.h>
 #include <vxclassifier/platform/interlocked.h>
 
@@ -16,18 +18,40 @@ struct Deletions {
     const vxRepBase* waiting = nullptr;
 };
 
-thread_local Deletions deletions;
+// There when the thread begins, as it holds nothing to be made first; finding one of a library that is loaded
+// later would take a call of the system's linker for each deletion.
+[[gnu::tls_model("initial-exec")]] thread_local Deletions deletions;
+
+/// One share more or less; gives the new count. Without another thread nobody can see the time between the
+/// reading and the writing.
+std::intptr_t addShare(std::atomic<std::intptr_t>& count) noexcept {
+    if (!detail::isOnlyThread()) {
+        return vfInterlockedIncrement(count);
+    }
+    const std::intptr_t next = count.load(std::memory_order_relaxed) + 1;
+    count.store(next, std::memory_order_relaxed);
+    return next;
+}
+
+std::intptr_t takeShare(std::atomic<std::intptr_t>& count) noexcept {
+    if (!detail::isOnlyThread()) {
+        return vfInterlockedDecrement(count);
+    }
+    const std::intptr_t next = count.load(std::memory_order_relaxed) - 1;
+    count.store(next, std::memory_order_relaxed);
+    return next;
+}
 
 } // namespace
 
 vxRepBase::~vxRepBase() = default;
 
 void vx_PtrHandleBase_RepAccessor::share(const vxRepBase& object) noexcept {
-    vfInterlockedIncrement(object.count_);
+    addShare(object.count_);
 }
 
 void vx_PtrHandleBase_RepAccessor::release(const vxRepBase& object) noexcept {
-    if (vfInterlockedDecrement(object.count_) != 0) {
+    if (takeShare(object.count_) != 0) {
         return;
     }
     Deletions& state = deletions;
