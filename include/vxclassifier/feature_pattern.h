@@ -11,7 +11,9 @@
 #include <vector>
 
 namespace detail {
+class LoadingCore;
 class PatternObservation;
+class StoringCore;
 }
 
 /// The measurements of one object: a fixed number of doubles, each of which may be marked invalid (missing,
@@ -93,6 +95,9 @@ private:
     double notValidMeasurement_(long index, bool mustBeValid) const;
     [[noreturn]] static void throwNegativeIndex_();
     [[noreturn]] static void throwNotAllValid_();
+    bool exchangeWhole_(vxArchive& archive);
+    bool storeWhole_(detail::StoringCore& core) const;
+    bool loadWhole_(detail::LoadingCore& core);
     void store_(vxArchive& archive);
     void load_(vxArchive& archive);
 

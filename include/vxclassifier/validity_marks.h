@@ -32,7 +32,11 @@ public:
     /// more of them than measurements.
     ValidityMarks(const std::vector<bool>& marks, std::size_t numMeasurements);
 
-    /// The same marks as an archive has them: a byte for each, 0 or 1.
+    /// Whether the marks that an archive has, a byte for each, have room in the state inline.
+    static bool areInline(const unsigned char* bytes, std::size_t count,
+                          std::size_t numMeasurements) noexcept;
+
+    /// The marks that an archive has, each of which is 0 or 1.
     ValidityMarks(const unsigned char* bytes, std::size_t count, std::size_t numMeasurements);
 
     ValidityMarks(const ValidityMarks& other);

@@ -16,6 +16,20 @@ namespace {
 
 constexpr unsigned char vectorVersion = 0;
 
+constexpr std::size_t mostElements = std::numeric_limits<std::uint32_t>::max();
+
+[[noreturn]] void throwTooManyElements() {
+    throw vxArchive::TooLarge(L"An archive counts the elements of a vector with 32 bits only.");
+}
+
+void storeVectorHead(StoringCore& core, std::size_t count) {
+    if (count > mostElements) {
+        throwTooManyElements();
+    }
+    core.putByte(vectorVersion);
+    core.putUnsigned(static_cast<unsigned long>(count));
+}
+
 unsigned long loadVectorHead(LoadingCore& core, std::size_t leastElementSize) {
     if (core.getByte() != vectorVersion) {
         throw vxArchive::UnknownVersion(nullptr, 0);
@@ -30,11 +44,12 @@ unsigned long loadVectorHead(LoadingCore& core, std::size_t leastElementSize) {
 template <class Put, class Get>
 void exchangeVector(vxArchive& archive, std::size_t size, std::size_t elementSize, Put put, Get get) {
     guarded(archive, [&] {
-        const unsigned long count = exchangeVectorHead(archive, size, elementSize);
         if (StoringCore* core = ArchiveAccess::storing(archive)) {
+            storeVectorHead(*core, size);
             put(*core);
         } else {
-            get(*ArchiveAccess::loading(archive), count);
+            LoadingCore& loading = *ArchiveAccess::loading(archive);
+            get(loading, loadVectorHead(loading, elementSize));
         }
     });
 }
@@ -42,14 +57,13 @@ void exchangeVector(vxArchive& archive, std::size_t size, std::size_t elementSiz
 } // namespace
 
 unsigned long exchangeVectorHead(vxArchive& archive, std::size_t count, std::size_t leastElementSize) {
-    if (archive.isStoring() && count > std::numeric_limits<std::uint32_t>::max()) {
-        throw vxArchive::TooLarge(L"An archive counts the elements of a vector with 32 bits only.");
+    if (archive.isStoring() && count > mostElements) { // nothing is half written yet
+        throwTooManyElements();
     }
     unsigned long exchanged = static_cast<unsigned long>(count);
     guarded(archive, [&] {
         if (StoringCore* core = ArchiveAccess::storing(archive)) {
-            core->putByte(vectorVersion);
-            core->putUnsigned(exchanged);
+            storeVectorHead(*core, count);
         } else {
             exchanged = loadVectorHead(*ArchiveAccess::loading(archive), leastElementSize);
         }

@@ -47,6 +47,9 @@ public:
 
     std::wstring getText();
 
+    /// What is read next, for those who look at it before they take it.
+    const unsigned char* next() const noexcept { return next_; }
+
     /// The next so many bytes, of which there are enough. They stay as long as the archive.
     const unsigned char* getBlock(std::size_t size) { return takeBytes(size); }
 

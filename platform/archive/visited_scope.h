@@ -22,6 +22,8 @@ public:
     /// The innermost scope of this thread, or null.
     static VisitedScope* current() noexcept { return innermost; }
 
+    bool isEmpty() const noexcept { return used_ == 0; }
+
     bool has(const void* object, std::size_t size) const noexcept {
         const auto matches = [object, size](const Mark& mark) {
             return mark.object == object && mark.size == size;

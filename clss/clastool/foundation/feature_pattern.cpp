@@ -1,11 +1,8 @@
 #include <vxclassifier/feature_pattern.h>
 
 #include "clss/clastool/foundation/observed_patterns.h"
-#include "platform/archive/class_level.h"
-#include "platform/archive/truth_exchange.h"
 
 #include <vxclassifier/classifier_defs.h>
-#include <vxclassifier/platform/archive.h>
 
 vx_Instantiator vxFeaturePattern::sExemplar(typeid(vxFeaturePattern), &vxFeaturePattern::make);
 
@@ -91,44 +88,4 @@ std::vector<long> vxFeaturePattern::invalidFeatureIndices() const {
 
 bool vxFeaturePattern::operator==(const vxFeaturePattern& other) const noexcept {
     return measurements_ == other.measurements_ && validity_ == other.validity_;
-}
-
-void vxFeaturePattern::dispatchSerialize(vxArchive& archive) {
-    detail::exchangeLevel(archive, this, [&](unsigned char version) { serialize_(archive, version); });
-}
-
-void vxFeaturePattern::serialize_(vxArchive& archive, unsigned char version) {
-    detail::requireVersionZero(version);
-    vxPersistent::dispatchSerialize(archive);
-    if (archive.isStoring()) {
-        store_(archive);
-    } else {
-        load_(archive);
-    }
-}
-
-void vxFeaturePattern::store_(vxArchive& archive) {
-    const std::size_t size = measurements_.size();
-    archive || measurements_;
-    detail::storeTruths(archive, validity_.size(size), [&](unsigned char* to) { validity_.put(to, size); });
-}
-
-void vxFeaturePattern::load_(vxArchive& archive) {
-    detail::PatternObservation::changed(*this); // before the change: reading may fail halfway
-    // If reading fails halfway, what was read stays, and the old marks where there are no new ones; these
-    // may then be fewer or more than the measurements. A new pattern has none, which takes no memory.
-    const std::vector<bool> old = validity_.list(measurements_.size());
-    archive || measurements_; // all of them or none
-    bool areOld = true;
-    try {
-        detail::loadTruths(archive, [&](const unsigned char* from, std::size_t count) {
-            validity_ = detail::ValidityMarks(from, count, measurements_.size());
-            areOld = false;
-        });
-    } catch (...) {
-        if (areOld) {
-            validity_ = detail::ValidityMarks(old, measurements_.size());
-        }
-        throw;
-    }
 }

@@ -23,9 +23,15 @@ ValidityMarks::ValidityMarks(const std::vector<bool>& marks, std::size_t numMeas
     }
 }
 
+bool ValidityMarks::areInline(const unsigned char* bytes, std::size_t count,
+                              std::size_t numMeasurements) noexcept {
+    const std::size_t numInline = std::min(count, inlineSize);
+    return count == numMeasurements && countTrue(bytes + numInline, count - numInline) == count - numInline;
+}
+
 ValidityMarks::ValidityMarks(const unsigned char* bytes, std::size_t count, std::size_t numMeasurements) {
     const std::size_t numInline = std::min(count, inlineSize);
-    if (count != numMeasurements || countTrue(bytes + numInline, count - numInline) != count - numInline) {
+    if (!areInline(bytes, count, numMeasurements)) {
         std::vector<bool> marks;
         getTruthValues(marks, bytes, count);
         keepList(marks);

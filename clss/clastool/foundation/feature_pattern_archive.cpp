@@ -1,0 +1,149 @@
+#include <vxclassifier/feature_pattern.h>
+
+#include "clss/clastool/foundation/observed_patterns.h"
+#include "platform/archive/class_level.h"
+#include "platform/archive/truth_exchange.h"
+#include "platform/archive/visited_scope.h"
+
+#include <vxclassifier/platform/archive.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+// An archive of training data is patterns by the hundred thousand, so a whole pattern goes in one step
+// wherever nothing is odd. The plain way behind it, level by level, says what is wrong, and leaves what it
+// has read.
+
+namespace {
+
+using detail::LoadingCore;
+using detail::StoringCore;
+
+// What a record consists of: the versions of both levels, and two vectors, each with a version and a count.
+constexpr std::size_t levels = 2;
+constexpr std::size_t vectorHead = 1 + sizeof(std::uint32_t);
+
+/// Where the parts of the record lie that an archive has next.
+struct Layout {
+    std::size_t numMeasurements = 0;
+    std::size_t numMarks = 0;
+
+    std::size_t measurements() const noexcept { return levels + vectorHead; }
+    std::size_t secondHead() const noexcept { return measurements() + numMeasurements * sizeof(double); }
+    std::size_t marks() const noexcept { return secondHead() + vectorHead; }
+    std::size_t size() const noexcept { return marks() + numMarks; }
+
+    /// False if the bytes are too few for a record, or have anything in them that is refused, or marks that
+    /// take memory of their own.
+    bool read(const unsigned char* from, std::size_t left) noexcept {
+        if (left < levels + 2 * vectorHead || from[0] != 0 || from[1] != 0 || from[levels] != 0) {
+            return false;
+        }
+        numMeasurements = detail::getLittleEndian<std::uint32_t>(from + levels + 1);
+        if (numMeasurements > (left - levels - 2 * vectorHead) / sizeof(double) || from[secondHead()] != 0) {
+            return false;
+        }
+        numMarks = detail::getLittleEndian<std::uint32_t>(from + secondHead() + 1);
+        return numMarks <= left - marks() &&
+               detail::ValidityMarks::areInline(from + marks(), numMarks, numMeasurements) &&
+               detail::countTruthValues(from + marks(), numMarks) == numMarks;
+    }
+};
+
+} // namespace
+
+void vxFeaturePattern::dispatchSerialize(vxArchive& archive) {
+    detail::VisitedScope* const scope = detail::VisitedScope::current();
+    if (scope == nullptr || !scope->isEmpty() || !exchangeWhole_(archive)) {
+        detail::exchangeLevel(archive, this, [&](unsigned char version) { serialize_(archive, version); });
+        return;
+    }
+    scope->add(static_cast<vxPersistent*>(this), sizeof(vxPersistent));
+    scope->add(this, sizeof(vxFeaturePattern));
+}
+
+/// Does all that the plain way would do with the archive, or nothing and returns false.
+bool vxFeaturePattern::exchangeWhole_(vxArchive& archive) {
+    bool isDone = false;
+    detail::guarded(archive, [&] {
+        if (StoringCore* const core = detail::ArchiveAccess::storing(archive)) {
+            isDone = storeWhole_(*core);
+        } else {
+            isDone = loadWhole_(*detail::ArchiveAccess::loading(archive));
+        }
+    });
+    return isDone;
+}
+
+bool vxFeaturePattern::storeWhole_(StoringCore& core) const {
+    Layout layout;
+    layout.numMeasurements = measurements_.size();
+    layout.numMarks = validity_.size(measurements_.size());
+    if (std::max(layout.numMeasurements, layout.numMarks) > std::numeric_limits<std::uint32_t>::max()) {
+        return false;
+    }
+    unsigned char* const to = core.putBlock(layout.size());
+    to[0] = 0;
+    to[1] = 0;
+    to[levels] = 0;
+    detail::putLittleEndian(to + levels + 1, static_cast<std::uint32_t>(layout.numMeasurements));
+    detail::putDoubles(to + layout.measurements(), measurements_.data(), layout.numMeasurements);
+    to[layout.secondHead()] = 0;
+    detail::putLittleEndian(to + layout.secondHead() + 1, static_cast<std::uint32_t>(layout.numMarks));
+    validity_.put(to + layout.marks(), layout.numMeasurements);
+    return true;
+}
+
+bool vxFeaturePattern::loadWhole_(LoadingCore& core) {
+    core.requireUsable();
+    const unsigned char* const from = core.next();
+    Layout layout;
+    if (!layout.read(from, core.left())) {
+        return false;
+    }
+    detail::PatternObservation::changed(*this);
+    measurements_.resize(layout.numMeasurements); // the one step that may fail
+    detail::getDoubles(measurements_.data(), from + layout.measurements(), layout.numMeasurements);
+    validity_ = detail::ValidityMarks(from + layout.marks(), layout.numMarks, layout.numMeasurements);
+    core.getBlock(layout.size());
+    return true;
+}
+
+void vxFeaturePattern::serialize_(vxArchive& archive, unsigned char version) {
+    detail::requireVersionZero(version);
+    vxPersistent::dispatchSerialize(archive);
+    if (archive.isStoring()) {
+        store_(archive);
+    } else {
+        load_(archive);
+    }
+}
+
+void vxFeaturePattern::store_(vxArchive& archive) {
+    const std::size_t size = measurements_.size();
+    archive || measurements_;
+    detail::storeTruths(archive, validity_.size(size), [&](unsigned char* to) { validity_.put(to, size); });
+}
+
+void vxFeaturePattern::load_(vxArchive& archive) {
+    detail::PatternObservation::changed(*this); // before the change: reading may fail halfway
+    // If reading fails halfway, what was read stays, and the old marks where there are no new ones; these
+    // may then be fewer or more than the measurements.
+    const std::vector<bool> old = validity_.list(measurements_.size());
+    archive || measurements_; // all of them or none
+    bool areOld = true;
+    try {
+        detail::loadTruths(archive, [&](const unsigned char* from, std::size_t count) {
+            validity_ = detail::ValidityMarks(from, count, measurements_.size());
+            areOld = false;
+        });
+    } catch (...) {
+        if (areOld) {
+            validity_ = detail::ValidityMarks(old, measurements_.size());
+        }
+        throw;
+    }
+}
