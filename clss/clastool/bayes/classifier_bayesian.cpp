@@ -4,6 +4,7 @@
 #include "clss/clastool/bayes/model_layout.h"
 #include "clss/clastool/foundation/parallel_vectors.h"
 #include "clss/clastool/foundation/result_access.h"
+#include "clss/clastool/foundation/row_reader.h"
 #include "platform/archive/class_level.h"
 #include "platform/statistics/scratch.h"
 #include "platform/system/attention_check.h"
@@ -104,10 +105,11 @@ void vx_ClassifierBayesian::train_(const vxClassifierDataProvider& data,
     }
     dropUnmatchedRows();
     detail::Learners learners(categoryLabels_, categoryModels_);
+    detail::RowReader rows(data);
     constexpr long unknownLabel = -1;
     for (long i = 0; i < numPatterns; ++i) {
-        const vxPtrHandle_const<vxFeaturePattern> pattern = data.featurePattern(i);
-        const long label = data.categoryLabel(i);
+        const vxPtrHandle_const<vxFeaturePattern>& pattern = rows.pattern(i);
+        const long label = rows.label(i);
         if (label == unknownLabel) {
             continue;
         }
@@ -115,7 +117,7 @@ void vx_ClassifierBayesian::train_(const vxClassifierDataProvider& data,
         if (learner == nullptr) {
             learner = &learners.add(label, addModel(label, own, numMeasurements));
         }
-        learner->learn(*pattern);
+        learner->learn(pattern);
     }
 }
 

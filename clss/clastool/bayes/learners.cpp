@@ -4,16 +4,18 @@
 
 namespace detail {
 
-void Learner::learn(const vxFeaturePattern& pattern) {
+void Learner::learn(const vxPtrHandle_const<vxFeaturePattern>& pattern) {
     if (trainer_ != nullptr) {
-        trainer_->learn(pattern);
+        trainer_->learn(*pattern);
         return;
     }
+    // A model of the application's may do anything, even take the pattern out of its provider.
+    const vxPtrHandle_const<vxFeaturePattern> kept = pattern;
     auto* own = dynamic_cast<vx_CategoryModelBayesian*>(model_.get());
     if (own == nullptr) {
         throw vxBadPointer();
     }
-    own->adapt(pattern, nullptr, 0);
+    own->adapt(*kept, nullptr, 0);
 }
 
 Learners::Learners(const std::vector<long>& labels,

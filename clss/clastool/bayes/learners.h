@@ -4,6 +4,7 @@
 #include "clss/clastool/bayes/model_trainer.h"
 
 #include <vxclassifier/category_model.h>
+#include <vxclassifier/feature_pattern.h>
 #include <vxclassifier/platform/ptr_handle.h>
 
 #include <array>
@@ -25,8 +26,9 @@ public:
     explicit Learner(const vxPtrHandle<vx_CategoryModelBayesian>& model)
         : model_(model), trainer_(std::make_unique<ModelTrainer>(model)) {}
 
-    /// Throws what adapt throws, and vxBadPointer if there is no model, or one of another technique.
-    void learn(const vxFeaturePattern& pattern);
+    /// Throws what adapt throws, and vxBadPointer if there is no pattern, or no model, or one of another
+    /// technique. The pattern need not be held by anybody but its provider.
+    void learn(const vxPtrHandle_const<vxFeaturePattern>& pattern);
 
 private:
     vxPtrHandle<vx_CategoryModel> model_;

@@ -18,6 +18,11 @@ public:
         return store.patterns_;
     }
 
+    /// All labels; those from numPatterns() on are not rows.
+    static const std::vector<long>& labels(const vxClassifierDataProviderMemory& store) noexcept {
+        return store.labels_;
+    }
+
     /// Another number after each change of the patterns or labels.
     static std::uint64_t revision(const vxClassifierDataProviderMemory& store) noexcept {
         return store.revision_;
