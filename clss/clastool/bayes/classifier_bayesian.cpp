@@ -184,11 +184,16 @@ void vx_ClassifierBayesian::checkRunnable_() const {
 }
 
 void vx_ClassifierBayesian::logLikelihoods(const vxFeaturePattern& pattern, double* values) const {
+    const bool isChecked = detail::isAttentionCheckInstalled();
     for (const vxPtrHandle<vx_CategoryModel>& model : categoryModels_) {
-        detail::throwIfInterrupted();
+        if (isChecked) {
+            detail::throwIfInterrupted();
+        }
         *values++ = bayesian(model).matchScore(pattern, nullptr, 0);
     }
-    detail::throwIfInterrupted();
+    if (isChecked) {
+        detail::throwIfInterrupted();
+    }
 }
 
 void vx_ClassifierBayesian::run_(const vxFeaturePattern& pattern, vxClassifierResult& result) const {

@@ -82,7 +82,14 @@ private:
 
     static double sumOf(const double* values, std::size_t number) noexcept {
         double sum = 0.0;
-        for (std::size_t i = 0; i < number; ++i) {
+        std::size_t i = 0;
+        for (; i + 4 <= number; i += 4) { // one after the other, but with fewer steps of the loop
+            sum += values[i];
+            sum += values[i + 1];
+            sum += values[i + 2];
+            sum += values[i + 3];
+        }
+        for (; i < number; ++i) {
             sum += values[i];
         }
         return sum;
