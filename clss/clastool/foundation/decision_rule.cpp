@@ -138,10 +138,22 @@ void fill(const CategoryResults& matches, const double* classScores, const doubl
     }
 }
 
+/// The order of two: the second one comes first only if it costs less, which NaN does not.
+void fillTwo(const CategoryResults& matches, const double* classScores, const double* costs,
+             CategoryResults& decided) {
+    const std::size_t first = costs[1] < costs[0] ? 1 : 0;
+    const std::size_t ranks[] = {first, 1 - first};
+    fill(matches, classScores, costs, ranks, decided);
+}
+
 void fillInOrder(const CategoryResults& matches, const double* classScores, const double* costs,
                  CategoryResults& decided) {
     constexpr std::size_t mostRanked = 64; // beyond that, comparing each pair takes longer than sorting
     decided = matches;
+    if (matches.size() == 2) {
+        fillTwo(matches, classScores, costs, decided);
+        return;
+    }
     Scratch<std::size_t> scratch(matches.size());
     std::size_t* const ranks = scratch.data();
     if (matches.size() <= mostRanked && !haveNotANumber(costs, matches.size())) {
@@ -197,8 +209,10 @@ void decide(const CategoryResults& matches, const vxClassifierFrequencies& frequ
     if (!OverrideAccess::hasNone(costs)) {
         takeOverriddenRisks(matches, costs, weights, risks);
     }
-    for (std::size_t i = 0; i < 2 * size; ++i) {
-        weights[i] /= sum; // and the risks behind them
+    for (std::size_t i = 0; i < 2 * size;
+         i += 2) { // the risks lie behind the weights; two divisions at a time
+        weights[i] /= sum;
+        weights[i + 1] /= sum;
     }
     fillInOrder(matches, weights, risks, decided);
 }
