@@ -103,6 +103,23 @@ TEST(Exception, CopiesShareTheMessage) {
     EXPECT_EQ(original.message(), L"why");
 }
 
+TEST(Exception, AssigningTakesTheMessageAndTheStatusOver) {
+    vxBadPointer pointer(L"null");
+    pointer = vxBadPointer(L"gone");
+    EXPECT_EQ(pointer.message(), L"gone");
+
+    vxStatusFailure failure(static_cast<long>(0x80001234UL));
+    const vxStatusFailure other(static_cast<long>(0x8000abcdUL));
+    failure = other;
+    EXPECT_EQ(failure.status(), other.status());
+    EXPECT_EQ(failure.message(), L"An operation failed with the status 0x8000ABCD.");
+
+    const vxInterrupted interrupted;
+    vxInterrupted assigned;
+    assigned = interrupted;
+    EXPECT_EQ(assigned.what(), interrupted.what()) << "the same characters, not equal ones";
+}
+
 TEST(Exception, IsCaughtAsEachOfItsBases) {
     const auto throwMishap = [] { throw Mishap(L"why"); };
     EXPECT_THROW(throwMishap(), Mishap);

@@ -5,11 +5,14 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/inotify.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <climits>
 #include <csignal>
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -102,6 +105,22 @@ private:
     rlimit previous_{};
 };
 
+/// The number in the name of the temporary that replacing `path` makes in `folder`.
+unsigned long numberOfTemporary(const std::string& folder, const std::string& path) {
+    const int events = ::inotify_init1(IN_CLOEXEC);
+    ::inotify_add_watch(events, folder.c_str(), IN_CREATE);
+    vfReplaceFile(path, newBytes);
+    alignas(inotify_event) char buffer[sizeof(inotify_event) + NAME_MAX + 1] = {};
+    const bool isRead = ::read(events, buffer, sizeof buffer) > 0;
+    ::close(events);
+    const std::string name = buffer + offsetof(inotify_event, name);
+    const std::string prefix = ".vxclassifier-" + std::to_string(::getpid()) + "-";
+    if (!isRead || name.compare(0, prefix.size(), prefix) != 0) {
+        throw std::runtime_error("no temporary was made");
+    }
+    return std::stoul(name.substr(prefix.size()));
+}
+
 TEST_F(ArchiveFile, AFileIsMadeAndReadBack) {
     vfReplaceFile(at("new"), newBytes);
     EXPECT_EQ(vfReadFile(at("new")), newBytes);
@@ -163,6 +182,38 @@ TEST_F(ArchiveFile, ALinkToAFileThatIsNotThereMakesThatFile) {
     EXPECT_EQ(vfReadFile(at("target")), newBytes);
 }
 
+TEST_F(ArchiveFile, ALinkInTheCurrentFolderIsFollowedThere) {
+    const fs::path before = fs::current_path();
+    fs::current_path(folder_);
+    fs::create_symlink("target", "link");
+    vfReplaceFile("link", newBytes);
+    fs::current_path(before);
+    EXPECT_TRUE(fs::is_symlink(at("link")));
+    EXPECT_EQ(vfReadFile(at("target")), newBytes);
+    EXPECT_EQ(names(), (std::set<std::string>{"link", "target"}));
+}
+
+TEST_F(ArchiveFile, WhatAKilledProcessLeftBehindIsNotTouched) {
+    const std::string prefix = ".vxclassifier-" + std::to_string(::getpid()) + "-";
+    const unsigned long next = numberOfTemporary(folder_, at("file")) + 1;
+    std::set<std::string> expected{"file"};
+    for (unsigned long i = next; i < next + 1000; ++i) {
+        std::ofstream(at(prefix + std::to_string(i))) << "left";
+        expected.insert(prefix + std::to_string(i));
+    }
+    EXPECT_ERROR(vfReplaceFile(at("file"), oldBytes), vxArchive::WriteFailed,
+                 L"Could not make a file in " + wide(folder_) + L": File exists.");
+    EXPECT_EQ(vfReadFile(at("file")), newBytes);
+    EXPECT_EQ(names(), expected);
+
+    std::ofstream(at(prefix + std::to_string(next + 1000))) << "left";
+    expected.insert(prefix + std::to_string(next + 1000));
+    vfReplaceFile(at("file"), oldBytes); // takes the second free number
+    EXPECT_EQ(vfReadFile(at("file")), oldBytes);
+    EXPECT_EQ(names(), expected);
+    EXPECT_EQ(fs::file_size(at(prefix + std::to_string(next + 1000))), 4U);
+}
+
 TEST_F(ArchiveFile, LinksThatLeadToEachOtherAreRefused) {
     fs::create_symlink("second", at("first"));
     fs::create_symlink("first", at("second"));
@@ -176,6 +227,12 @@ TEST_F(ArchiveFile, AFolderThatIsNotThereIsNamed) {
                  L"Could not make a file in " + wide(at("missing")) + L": No such file or directory.");
     EXPECT_ERROR(vfReplaceFile("", newBytes), vxArchive::WriteFailed,
                  L"Could not put the new file in the place of : No such file or directory.");
+}
+
+TEST_F(ArchiveFile, TheFolderOfANameInTheRootIsTheRoot) {
+    const WithoutPrivileges scope;
+    EXPECT_ERROR(vfReplaceFile("/archive_file_test_of_nobody", newBytes), vxArchive::WriteFailed,
+                 L"Could not make a file in /: Permission denied.");
 }
 
 TEST_F(ArchiveFile, AFolderIsNotReplaced) {
@@ -247,6 +304,13 @@ TEST_F(ArchiveFile, WhatCannotBeReadIsNamed) {
                  L"Could not open " + wide(at("missing")) + L": No such file or directory.");
     EXPECT_ERROR(vfReadFile(folder_), vxArchive::ReadFailed,
                  L"Could not read " + wide(folder_) + L": Is a directory.");
+}
+
+TEST_F(ArchiveFile, WhatIsNotAsciiInANameIsShownAsQuestionMarks) {
+    EXPECT_ERROR(vfReadFile(at("gr\xc3\xb6\xc3\x9f"
+                               "e")),
+                 vxArchive::ReadFailed,
+                 L"Could not open " + wide(at("gr????e")) + L": No such file or directory.");
 }
 
 TEST_F(ArchiveFile, AnArchivePassesThroughAFile) {
