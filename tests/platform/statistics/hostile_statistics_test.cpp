@@ -213,12 +213,57 @@ TEST(HostileStatistics, NullAndNegativeArgumentsAreRefused) {
     data.patterns = &broken;
     EXPECT_EQ(vmath_PDFMultivariateNormal_updateWithDataNormalize(record, &data, 1.0),
               vmath_status::badArgument);
+    data.patterns = nullptr;
+    EXPECT_EQ(vmath_PDFMultivariateNormal_updateWithDataNormalize(record, &data, 1.0),
+              vmath_status::badArgument);
+    data.numPatterns = 0;
+    EXPECT_EQ(vmath_PDFMultivariateNormal_updateWithDataNormalize(record, &data, 1.0), vxStatus::success);
+    data.patterns = &broken;
     broken.numInvalid = -1;
     EXPECT_EQ(vmath_PDFMultivariateNormal_logValue(record, &broken, &result), vmath_status::badArgument);
     data.numPatterns = -1;
     EXPECT_EQ(vmath_PDFMultivariateNormal_updateWithDataNormalize(record, &data, 1.0),
               vmath_status::badArgument);
     EXPECT_EQ(record->numSamples, 1);
+}
+
+TEST(HostileStatistics, OfARecordThatIsNotConstructedAreRefused) {
+    NormalPdf pdf(test::Rows{{1.0}});
+    const vmath_PDFMultivariateNormal* const record = &pdf.record();
+    const Row values = {1.0};
+    const vmath_FeaturePattern good = patternOf(values, {});
+    const vmath_FeaturePatternVector data = {&good, 1};
+    double result = 0.0;
+    vmath_PDFMultivariateNormal raw;
+    EXPECT_EQ(vmath_PDFMultivariateNormal_updateWithDataNormalize(&raw, &data, 1.0),
+              vmath_status::badArgument);
+    EXPECT_EQ(vmath_PDFMultivariateNormal_beginUpdates(&raw), vmath_status::badArgument);
+    EXPECT_EQ(vmath_PDFMultivariateNormal_endUpdates(&raw), vmath_status::badArgument);
+    EXPECT_EQ(vmath_PDFMultivariateNormal_merge(&raw, record), vmath_status::badArgument);
+    EXPECT_EQ(vmath_PDFMultivariateNormal_merge(&pdf.record(), &raw), vmath_status::badArgument);
+    EXPECT_EQ(vmath_PDFMultivariateNormal_assign(&raw, record), vmath_status::badArgument);
+    EXPECT_EQ(vmath_PDFMultivariateNormal_statisticsChanged(&raw), vmath_status::badArgument);
+    EXPECT_EQ(vmath_PDFMultivariateNormal_logValue(&raw, &good, &result), vmath_status::badArgument);
+    EXPECT_EQ(vmath_PDFMultivariateNormal_destruct(&raw), vxStatus::success);
+    EXPECT_EQ(record->numSamples, 1);
+}
+
+TEST(HostileStatistics, AreNotMergedWithoutTheMemoryToFinishTheOthers) {
+    const test::Rows rows = test::Noise(24).rows(20, 3);
+    NormalPdf updating(rows);
+    vmath_PDFMultivariateNormal_beginUpdates(&updating.record());
+    updating.update(rows);
+    NormalPdf merged(rows);
+    const double before = merged.logValue(rows[0]);
+    {
+        const test::FailingAllocation failing(1);
+        EXPECT_EQ(vmath_PDFMultivariateNormal_merge(&merged.record(), &updating.record()),
+                  vmath_status::outOfMemory);
+    }
+    EXPECT_EQ(merged.record().numSamples, 20);
+    EXPECT_EQ(merged.logValue(rows[0]), before);
+    EXPECT_EQ(vmath_PDFMultivariateNormal_merge(&merged.record(), &updating.record()), vxStatus::success);
+    EXPECT_EQ(merged.record().numSamples, 60);
 }
 
 } // namespace

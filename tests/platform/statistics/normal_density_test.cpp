@@ -81,6 +81,7 @@ TEST(NormalDensity, LeavesInvalidMeasurementsOut) {
 TEST(NormalDensity, IgnoresIndicesOutsideOfThePattern) {
     const NormalPdf pdf({1.0, 5.0}, {4.0, 1.0, 9.0}, 10);
     EXPECT_EQ(pdf.logValue({2.0, 3.0}, {-1, 2, 1000000}), pdf.logValue({2.0, 3.0}));
+    EXPECT_EQ(pdf.logValue({2.0, 3.0}, {-1, 2, 0, 1000000}), pdf.logValue({2.0, 3.0}, {0}));
 }
 
 TEST(NormalDensity, HandlesMoreMeasurementsThanFitOnTheStack) {

@@ -54,6 +54,23 @@ protected:
     void message_(std::wostream& out) const override { out << L"bare"; }
 };
 
+/// Calls its levels more than once, as a class does that has them as bases on several ways.
+struct Repeating : Mishap {
+    using Mishap::Mishap;
+    void dispatchSerialize(vxArchive& archive) override {
+        Mishap::dispatchSerialize(archive);
+        vxException::dispatchSerialize(archive);
+        Mishap::dispatchSerialize(archive);
+    }
+};
+
+/// Hands a version that does not exist yet to one of its levels.
+template <class Level>
+struct OfLaterVersion : Mishap {
+    using Mishap::Mishap;
+    void dispatchSerialize(vxArchive& archive) override { Level::serialize_(archive, 1); }
+};
+
 struct Slots : vxException {
     static std::size_t messageSlot() { return test::slotOf(&Slots::message_); }
     static std::size_t dispatchSlot() { return test::slotOf(&Slots::dispatchSerialize); }
@@ -175,6 +192,21 @@ TEST(Exception, IsArchivedAsItsLevelsAndItsMessage) {
     EXPECT_STREQ(loaded.what(), "a\xc3\xa4");
     test::load(test::stored(Mishap()), loaded);
     EXPECT_EQ(loaded.message(), L"");
+}
+
+TEST(Exception, IsArchivedOnceHoweverOftenItsLevelsAreCalled) {
+    const Bytes bytes = test::stored(Repeating(L"why"));
+    EXPECT_EQ(bytes, test::stored(Mishap(L"why")));
+    Repeating loaded(L"before");
+    test::load(bytes, loaded);
+    EXPECT_EQ(loaded.message(), L"why");
+}
+
+TEST(Exception, ALevelKnowsNoVersionButItsOwn) {
+    const std::wstring message = L"The archive has a version that this release does not know.";
+    EXPECT_ERROR(test::stored(OfLaterVersion<vxException>(L"why")), vxArchive::UnknownVersion, message);
+    EXPECT_ERROR(test::stored(OfLaterVersion<vxExceptionWithString>(L"why")), vxArchive::UnknownVersion,
+                 message);
 }
 
 TEST(Exception, AnotherVersionOfAnyLevelIsRefused) {
