@@ -25,9 +25,11 @@ using Densities = std::vector<vxPtrHandle<vx_ProbabilityDensityFunction>>;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
+/// All NaNs count as one: which of two a sum passes on is the compiler's choice.
 std::uint64_t bitsOf(double value) {
+    const double canonical = std::isnan(value) ? std::numeric_limits<double>::quiet_NaN() : value;
     std::uint64_t bits = 0;
-    std::memcpy(&bits, &value, sizeof bits);
+    std::memcpy(&bits, &canonical, sizeof bits);
     return bits;
 }
 
