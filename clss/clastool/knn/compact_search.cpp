@@ -171,6 +171,9 @@ void CompactSearch::visitSelected(const std::uint64_t* selected, std::size_t fir
     std::size_t inBatch = 0;
     for (std::size_t b = 0; b < blocks; ++b) {
         const std::size_t start = (firstBlock + b) * blockSize;
+        if (start + blockSize <= next_) {
+            continue; // measured meanwhile
+        }
         for (std::uint64_t bits = selected[b]; bits != 0; bits &= bits - 1) {
             const std::size_t index = start + firstBit(bits);
             if (index >= count_) {
@@ -254,6 +257,14 @@ void CompactSearch::dropFar() {
                       candidates_.end());
 }
 
+inline void CompactSearch::offer(std::size_t index) {
+    checkFlag();
+    const double distance = metric_.distance(query_, *patterns_[index]);
+    if (!(distance >= farthest_)) {
+        take(index, distance);
+    }
+}
+
 /// Offers the candidates, whose indices are all greater than those offered before, at their published
 /// distances.
 void CompactSearch::settle() {
@@ -279,12 +290,14 @@ void CompactSearch::measureWhileDense(std::size_t index) {
     next_ = end;
 }
 
-void CompactSearch::offer(std::size_t index) {
-    checkFlag();
-    list_->offer(static_cast<long>(index), metric_.distance(query_, *patterns_[index]));
-    // No distance is less than 0, so nothing gets into a list of zeros.
+void CompactSearch::take(std::size_t index, double distance) {
+    list_->offer(static_cast<long>(index), distance);
     const std::vector<double>& distances = list_->distances();
-    isFinished_ = distances.size() == k_ && !(distances.back() > 0.0);
+    if (distances.size() == k_) {
+        farthest_ = distances.back();
+        // No distance is less than 0, so nothing gets into a list of zeros.
+        isFinished_ = !(farthest_ > 0.0);
+    }
 }
 
 std::vector<long> CompactSearch::settled() {

@@ -70,6 +70,7 @@ private:
     void settle();
     void measureWhileDense(std::size_t index);
     void offer(std::size_t index);
+    void take(std::size_t index, double distance);
     std::vector<long> settled();
 
     const vxFeaturePattern& query_;
@@ -91,9 +92,11 @@ private:
     double tabulatedLimit_ = std::numeric_limits<double>::infinity();
 
     std::optional<NeighborList> list_; // of the candidates that had to be measured
-    std::size_t next_ = 0;             // patterns before this one were measured
-    std::size_t stretch_ = 0;          // how many were last measured without the sieves
-    bool isFinished_ = false;          // K patterns at distance 0: nothing else can matter
+    // The last distance of the list once that is full; before, none, which compares with nothing.
+    double farthest_ = std::numeric_limits<double>::quiet_NaN();
+    std::size_t next_ = 0;    // patterns before this one were measured
+    std::size_t stretch_ = 0; // how many were last measured without the sieves
+    bool isFinished_ = false; // K patterns at distance 0: nothing else can matter
 };
 
 } // namespace detail

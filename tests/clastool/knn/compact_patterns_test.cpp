@@ -84,8 +84,8 @@ TEST(CompactPatterns, HaveTheSameNarrowCellsByAllCoders) {
     std::mt19937_64 engine(4);
     for (const test::Data& data : test::kindsOfData()) {
         SCOPED_TRACE(data.name);
-        for (const std::size_t width : {1u, 3u, 4u, 16u, 37u}) {
-            for (const std::size_t count : {193u, 256u, 511u, 700u}) {
+        for (const std::size_t width : {3u, 21u}) {
+            for (const std::size_t count : {193u, 512u, 700u}) {
                 const Store store = test::storeOf(test::draw(data, engine, count, width));
                 const auto portable = CompactPatterns::describe(store, detail::portableCellCoder());
                 const auto best = CompactPatterns::describe(store, detail::bestCellCoder());
