@@ -157,7 +157,7 @@ bool CompactPatterns::read(const vxClassifierDataProviderMemory& store, const Ce
     if (numPatterns_ > fewPatterns) {
         numWhenMade_ = numPatterns_;
         if (areMostlyDifferent(patterns, numPatterns_)) {
-            return makeCodes(patterns, coder);
+            return areWorthTheirMemory(patterns) && makeCodes(patterns, coder);
         }
     }
     for (std::size_t i = 0; i < numPatterns_; ++i) {
@@ -175,6 +175,15 @@ bool CompactPatterns::observe(const vxFeaturePattern* pattern) const noexcept {
     }
     PatternObservation::observe(*pattern);
     return true;
+}
+
+/// False for wide patterns of which not all are alike: an archive may name one very wide pattern where the
+/// sample is taken, and narrow ones elsewhere, so that codes are only made when all are seen to be as wide.
+/// For other patterns this shows on the way, since their codes take less memory than the rows themselves.
+bool CompactPatterns::areWorthTheirMemory(const Patterns& patterns) const noexcept {
+    return width_ <= 64 ||
+           std::all_of(patterns.begin(), patterns.begin() + static_cast<std::ptrdiff_t>(numPatterns_),
+                       [&](const auto& pattern) { return isOrdinary(pattern.get(), width_); });
 }
 
 bool CompactPatterns::makeCodes(const Patterns& patterns, const CellCoder& coder) {

@@ -92,6 +92,7 @@ private:
 
     bool read(const vxClassifierDataProviderMemory& store, const CellCoder& coder);
     bool observe(const vxFeaturePattern* pattern) const noexcept;
+    bool areWorthTheirMemory(const Patterns& patterns) const noexcept;
     bool makeCodes(const Patterns& patterns, const CellCoder& coder);
     bool encodeBlock(const Patterns& patterns, std::size_t block, const CellCoder& coder, double* greatest);
     static void encodeColumn(const double* values, std::size_t count, double* ends, const CellCoder& coder,

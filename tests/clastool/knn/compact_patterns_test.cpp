@@ -186,6 +186,22 @@ TEST(CompactPatterns, RefuseOneOddPatternAmongManyWhereverItStands) {
     }
 }
 
+/// The sample of 600 patterns takes only the wide one, which the archive has once.
+TEST(CompactPatterns, RefuseNarrowPatternsBetweenTheRowsOfAWideOne) {
+    for (const std::size_t width : {2u, 64u, 65u, 3000u}) {
+        const test::PatternHandle wide = test::pattern(Measurements(width, 1.0));
+        std::vector<test::PatternHandle> patterns;
+        for (std::size_t i = 0; i < 600; ++i) {
+            patterns.push_back(test::pattern({static_cast<double>(i)}));
+        }
+        for (std::size_t i = 0; i < 256; ++i) {
+            patterns[i * 600 / 256] = wide;
+        }
+        const Store store = test::loadedStore(patterns, std::vector<long>(600, 0));
+        EXPECT_EQ(CompactPatterns::describe(store), nullptr) << width;
+    }
+}
+
 TEST(CompactPatterns, DescribeTheRowsThatPatternsAndLabelsBothHave) {
     const test::PatternHandle good = test::pattern({1.0});
     const Store store = test::loadedStore({good, good, test::PatternHandle()}, {0, 0});
