@@ -194,6 +194,55 @@ TEST(ClassifierBayesian, ReadsTheDataOnceAndInOrder) {
     EXPECT_EQ(data.asked, "N M P0 L0 P1 L1 P2 L2 ");
 }
 
+TEST(ClassifierBayesian, LearnsTheSameFromAProviderInMemoryAsFromOneThatIsAsked) {
+    vxClassifierDataProviderMemory memory;
+    OddData asked;
+    asked.measurements = 1;
+    for (long i = 0; i < 300; ++i) {
+        const std::vector<double> values{static_cast<double>(i * i % 37)};
+        const long label = i % 5 == 4 ? -1 : i * 7 % 3;
+        memory.addData(vxPtrHandle_const<vxFeaturePattern>(new vxFeaturePattern(values, {})), label);
+        asked.add(values, label);
+    }
+    OpenBayesian fromMemory;
+    OpenBayesian fromAsked;
+    fromMemory.train(memory, paramsOf(normalTypes()));
+    fromAsked.train(asked, paramsOf(normalTypes()));
+    EXPECT_TRUE(fromMemory == fromAsked);
+    EXPECT_EQ(test::stored(fromMemory), test::stored(fromAsked));
+    EXPECT_EQ(vx_PtrHandleBase_RepAccessor::count(*memory.featurePattern(0)), 2) << "no share is kept";
+}
+
+TEST(ClassifierBayesian, ANullPatternOfAProviderInMemoryMattersOnlyWhereItHasALabel) {
+    for (const long label : {-1L, 0L, 1L}) {
+        vxClassifierDataProviderMemory memory;
+        memory.data({vxPtrHandle_const<vxFeaturePattern>(new vxFeaturePattern({1.0}, {}))}, {0});
+        vxClassifierDataProviderMemory twoRows;
+        twoRows.addData(vxPtrHandle_const<vxFeaturePattern>(new vxFeaturePattern({1.0}, {})), 0);
+        const auto loaded = test::archiveOf([&](vxArchive& archive) {
+            unsigned char version = 0; // of each level
+            std::wstring text;
+            std::vector<vxPtrHandle_const<vxFeaturePattern>> patterns{memory.featurePattern(0), nullptr};
+            std::vector<long> labels{0, label};
+            archive || version;
+            archive || version;
+            archive || version;
+            archive || text;
+            archive || text;
+            archive || patterns;
+            archive || labels;
+        });
+        test::load(loaded, twoRows);
+        ASSERT_EQ(twoRows.numPatterns(), 2);
+        OpenBayesian classifier;
+        if (label < 0) {
+            EXPECT_NO_THROW(classifier.train(twoRows, paramsOf(normalTypes())));
+        } else {
+            EXPECT_THROW(classifier.train(twoRows, paramsOf(normalTypes())), vxBadPointer);
+        }
+    }
+}
+
 TEST(ClassifierBayesian, ANullPatternMattersOnlyWhereItHasALabel) {
     OddData data;
     data.measurements = 1;

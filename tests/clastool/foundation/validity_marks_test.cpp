@@ -10,6 +10,8 @@
 
 #include <cstddef>
 #include <random>
+#include <string>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -155,6 +157,83 @@ TEST(ValidityMarks, AfterALoadThatFailedAreTheOldOnesOrThoseReadSoFar) {
         badMark.byte(0).byte(1).byte(7);
         EXPECT_THROW(test::load(badMark.sealed(), pattern), vxArchive::CorruptData);
         expectSame(pattern, {std::vector<double>(size, 1.0), {false, true}});
+    }
+}
+
+/// Exchanges the same bytes as any pattern, but level by level and value by value.
+class PlainWay : public vxFeaturePattern {
+public:
+    using vxFeaturePattern::vxFeaturePattern;
+
+protected:
+    void dispatchSerialize(vxArchive& archive) override {
+        unsigned char version = 0;
+        archive || version;
+        serialize_(archive, version);
+    }
+};
+
+struct Outcome {
+    std::string error; // empty: none
+    std::vector<double> measurements;
+    test::Bytes stored;
+};
+
+template <class Pattern>
+Outcome outcomeOf(const test::Bytes& sealed) {
+    Pattern into(std::vector<double>(2, 7.0), {1});
+    Outcome outcome;
+    try {
+        test::load(sealed, into);
+    } catch (const vxArchive::Errors& error) {
+        outcome.error = typeid(error).name();
+    }
+    outcome.measurements = into.featureMeasurements(false);
+    outcome.stored = test::stored(into); // shows each mark
+    return outcome;
+}
+
+void expectSameOutcome(const test::Bytes& sealed, const std::string& what) {
+    const Outcome expected = outcomeOf<PlainWay>(sealed);
+    const Outcome outcome = outcomeOf<vxFeaturePattern>(sealed);
+    ASSERT_EQ(outcome.error, expected.error) << what;
+    ASSERT_EQ(outcome.measurements, expected.measurements) << what;
+    ASSERT_EQ(outcome.stored, expected.stored) << what;
+}
+
+test::Bytes sealedContent(const test::Bytes& content, std::size_t size) {
+    HandWritten written;
+    for (std::size_t i = 0; i < size; ++i) {
+        written.byte(content[i]);
+    }
+    return written.sealed();
+}
+
+TEST(ValidityMarks, AndAllOfAPatternComeBackInOneStepAsTheyDoOneByOne) {
+    for (const PlainPattern& plain : manyPatterns()) {
+        expectSameOutcome(plain.sealed(), "whole");
+        const PlainWay storedPlainly = test::loaded(plain.sealed(), PlainWay({}, {}));
+        EXPECT_EQ(test::stored(storedPlainly), plain.sealed());
+    }
+}
+
+TEST(ValidityMarks, AndAllOfAPatternThatIsCutShortOrDamagedAreRefusedAsTheyAreOneByOne) {
+    const PlainPattern shortOne{{1.0, 2.0, 3.0}, {true, false, true}};
+    const PlainPattern surplus{{1.0}, std::vector<bool>(9, true)};
+    PlainPattern longOne{std::vector<double>(66, 4.0), std::vector<bool>(66, true)};
+    longOne.marks[64] = false;
+    for (const PlainPattern& plain : {shortOne, surplus, longOne}) {
+        const test::Bytes content = test::payload(plain.sealed());
+        for (std::size_t size = 0; size < content.size(); ++size) {
+            expectSameOutcome(sealedContent(content, size), "cut to " + std::to_string(size));
+        }
+        for (std::size_t at = 0; at < content.size(); ++at) {
+            for (const int change : {1, 2, 0x80, 0xff}) {
+                test::Bytes damaged = content;
+                damaged[at] = static_cast<unsigned char>(damaged[at] ^ change);
+                expectSameOutcome(sealedContent(damaged, damaged.size()), "byte " + std::to_string(at));
+            }
+        }
     }
 }
 

@@ -62,4 +62,13 @@ TEST(TruthValues, TheFirstByteThatIsNoneIsFound) {
     }
 }
 
+TEST(TruthValues, TheFirstFalseOneIsFound) {
+    for (std::size_t at = 0; at < 40; ++at) {
+        Bytes bytes(40, 1);
+        bytes[at] = 0;
+        EXPECT_EQ(detail::countTrue(bytes.data(), bytes.size()), at);
+        EXPECT_EQ(detail::countTrue(bytes.data(), at), at);
+    }
+}
+
 } // namespace
