@@ -14,7 +14,7 @@ namespace detail {
 class LoadingCore;
 class PatternObservation;
 class StoringCore;
-}
+} // namespace detail
 
 /// The measurements of one object: a fixed number of doubles, each of which may be marked invalid (missing,
 /// not measured).
