@@ -36,6 +36,9 @@ TEST(FeatureScore, ACopyStartsWithoutSharesAndAnAssignedObjectKeepsItsOwn) {
     EXPECT_EQ(sharesOf(copy), 0);
     *shared = oneSided(0, 1, 2, 0, 1);
     EXPECT_EQ(sharesOf(*shared), 2);
+    vxPtrHandle<vxClassifierFeatureScoreIgnore> ignored(new vxClassifierFeatureScoreIgnore);
+    *ignored = vxClassifierFeatureScoreIgnore();
+    EXPECT_EQ(sharesOf(*ignored), 1);
 }
 
 TEST(FeatureScore, ACloneIsANewEqualObjectOfTheSameClassWithoutShares) {

@@ -310,4 +310,14 @@ TEST(CategoryModelBayesian, AnotherVersionIsRefusedAtEachLevel) {
         [&](vxArchive& archive) { EXPECT_UNKNOWN_VERSION(model.serialize_(archive, 1), nullptr, 0); });
 }
 
+TEST(ProbabilityDensityFunction, AssigningLeavesTheSharesOfBoth) {
+    const vxPtrHandle<FakeDensity> a(new FakeDensity(1.0));
+    const vxPtrHandle<FakeDensity> b(new FakeDensity(2.0));
+    const vxPtrHandle<FakeDensity> second = b;
+    *a = *b;
+    EXPECT_EQ(a->answer, 2.0);
+    EXPECT_EQ(vx_PtrHandleBase_RepAccessor::count(*a), 1);
+    EXPECT_EQ(vx_PtrHandleBase_RepAccessor::count(*b), 2);
+}
+
 } // namespace

@@ -434,6 +434,28 @@ TEST(HostileClassifier, NoParametersAreABadPointer) {
     EXPECT_ERROR_CLASS(classifier.retrain_(paramsOf(normalTypes())), vxBadPointer);
 }
 
+/// Only whoever calls the step of a training itself comes to models that are there before.
+TEST(HostileClassifier, ATrainingGoesOnWithTheModelsThatAreThere) {
+    std::vector<test::Sample> samples = twoCategories();
+    OpenBayesian inTwoParts;
+    inTwoParts.train_(dataOf(samples), paramsOf(normalTypes()));
+    const Bytes afterTheFirst = test::stored(inTwoParts);
+    inTwoParts.train_(dataOf(samples), paramsOf(normalTypes()));
+    EXPECT_NE(test::stored(inTwoParts), afterTheFirst);
+    for (const test::Sample& sample : twoCategories()) {
+        samples.push_back(sample);
+    }
+    OpenBayesian atOnce;
+    atOnce.train_(dataOf(samples), paramsOf(normalTypes()));
+    EXPECT_EQ(test::stored(inTwoParts), test::stored(atOnce));
+}
+
+TEST(HostileClassifier, AMissingModelCannotLearn) {
+    OpenBayesian classifier = classifierOf({5, 2}, {modelOf(5, 0, {}, {}), {}});
+    EXPECT_ERROR_CLASS(classifier.train_(dataOf(twoCategories()), paramsOf(normalTypes())), vxBadPointer);
+    EXPECT_NO_THROW(classifier.train_(dataOf({{{1.0, 2.0}, 5}}), paramsOf(normalTypes())));
+}
+
 TEST(HostileClassifier, AFailedTrainingLeavesModelsWithoutParametersAndItsToolUntrained) {
     Types types = normalTypes();
     types.distributionTypeOverride(2, 0, Types::ePoisson); // the category that comes second
