@@ -302,6 +302,21 @@ TEST(FlatTree, LaysASharedBranchOutOnce) {
     EXPECT_EQ(flat->leafFor(test::patternOf({0.25})).categoryLabels(), std::vector<long>{1});
 }
 
+TEST(FlatTree, RefusesAMissingBranchWhenAWalkComesToIt) {
+    const Predicate within(new vxRangePredicate(vxRange(0.0, 1.0), {0}));
+    const vxFeaturePattern inside({0.5}, {});
+    const vxFeaturePattern outside({2.0}, {});
+    const Tree leaf = test::leaf({1});
+    const Tree withoutTrue = node(within, nullptr, leaf);
+    const auto flatWithoutTrue = FlatTree::of(*withoutTrue);
+    EXPECT_THROW(flatWithoutTrue->leafFor(inside), vxBadPointer);
+    EXPECT_EQ(flatWithoutTrue->leafFor(outside).classifierResult(), test::resultOf({1}));
+    const Tree withoutFalse = node(within, leaf, nullptr);
+    const auto flatWithoutFalse = FlatTree::of(*withoutFalse);
+    EXPECT_EQ(flatWithoutFalse->leafFor(inside).classifierResult(), test::resultOf({1}));
+    EXPECT_THROW(flatWithoutFalse->leafFor(outside), vxBadPointer);
+}
+
 TEST(FlatTree, IsDoneWithoutWhenMemoryRunsOut) {
     const Predicate within(new vxRangePredicate(vxRange(0.5, 1.0), {0}));
     const Tree tree = node(within, test::leaf({1}), node(within, test::leaf({2}), test::leaf({3})));
