@@ -9,9 +9,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <memory>
 #include <new>
-#include <stdexcept>
 #include <utility>
 
 namespace {
@@ -53,9 +53,7 @@ template <class Operation>
 long guarded(Operation operation) noexcept {
     try {
         return operation();
-    } catch (const std::bad_alloc&) {
-        return vmath_status::outOfMemory;
-    } catch (const std::length_error&) {
+    } catch (const std::exception&) { // of a size that no memory holds, it may also be a std::length_error
         return vmath_status::outOfMemory;
     }
 }
@@ -172,7 +170,7 @@ void beginStatistics(vmath_PDFMultivariateNormal& pdf, long size, std::int64_t t
 /// what was loaded counts as its other half says.
 void makeRoom(vmath_PDFMultivariateNormal& pdf, std::size_t size, std::int64_t total) {
     detail::StatisticsRest& rest = pdf.state->rest;
-    const bool isLoaded = total > 1 && rest.covariance.order() != size;
+    const bool isLoaded = rest.covariance.order() != size;
     rest.reserve(size, total);
     if (isLoaded) {
         detail::copyLowerToUpper(pdf.covariance);

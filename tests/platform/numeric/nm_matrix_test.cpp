@@ -89,6 +89,7 @@ TEST(NMMatrix, EqualMeansEqualSizesAndEntries) {
     other(1, 1) = 0.0;
     EXPECT_TRUE(sample() != other);
     EXPECT_TRUE(vxNMMatrix(2, 3) != vxNMMatrix(3, 2));
+    EXPECT_TRUE(vxNMMatrix(2, 3) != vxNMMatrix(2, 4));
     EXPECT_TRUE(vxNMMatrix(2, 3) != vxNMMatrix(1, 6));
     vxNMMatrix strange(1, 1);
     strange(0, 0) = std::numeric_limits<double>::quiet_NaN();
