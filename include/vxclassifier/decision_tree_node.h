@@ -6,9 +6,12 @@
 #include <vxclassifier/platform/ptr_handle.h>
 #include <vxclassifier/predicate_function.h>
 
+#include <atomic>
+
 namespace detail {
+class QuestionObservation;
 class TreeNodeAccess;
-}
+} // namespace detail
 
 /// A question within a decision tree: a predicate, and the subtree for each of its outcomes.
 ///
@@ -69,12 +72,16 @@ protected:
     void serialize_(vxArchive& archive, unsigned char version);
 
 private:
+    friend class detail::QuestionObservation;
     friend class detail::TreeNodeAccess;
 
     // Never null, but for what an archive or a caller's clone() brought.
     vxPtrHandle_const<vxDecisionTree> trueTree_;
     vxPtrHandle_const<vxDecisionTree> falseTree_;
     vxPtrHandle_const<vxPredicateFunction> predicateFunction_;
+
+    // Whether somebody keeps a form of his own of this node, who is to learn of a change.
+    mutable std::atomic<bool> isObserved_{false};
 
     static vx_Instantiator sExemplar;
 };

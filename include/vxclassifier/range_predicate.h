@@ -4,11 +4,13 @@
 #include <vxclassifier/platform/range.h>
 #include <vxclassifier/predicate_function.h>
 
+#include <atomic>
 #include <vector>
 
 namespace detail {
+class QuestionObservation;
 class RangeTest;
-}
+} // namespace detail
 
 /// True for a pattern if all of certain measurements are valid and lie within a range.
 ///
@@ -57,10 +59,14 @@ protected:
     void serialize_(vxArchive& archive, unsigned char version);
 
 private:
+    friend class detail::QuestionObservation;
     friend class detail::RangeTest;
 
     vxRange measurementRange_;
     std::vector<long> measurementIndices_; // >= 0, but for what an archive brought
+
+    // Whether somebody keeps a form of his own of this predicate, who is to learn of a change.
+    mutable std::atomic<bool> isObserved_{false};
 
     static vx_Instantiator sExemplar;
 };

@@ -86,7 +86,7 @@ void vx_ClassifierDecisionTree::checkRunnable_() const {}
 
 void vx_ClassifierDecisionTree::run_(const vxFeaturePattern& pattern, vxClassifierResult& result) const {
     const vxDecisionTreeLeaf& leaf =
-        flat_ == nullptr ? detail::leafFor(*tree_, pattern) : flat_->leafFor(pattern);
+        flat_ != nullptr && flat_->holds() ? flat_->leafFor(pattern) : detail::leafFor(*tree_, pattern);
     result = leaf.classifierResult();
 }
 

@@ -1,5 +1,6 @@
 #include <vxclassifier/decision_tree_node.h>
 
+#include "clss/clastool/tree/observed_questions.h"
 #include "clss/clastool/tree/tree_equality.h"
 #include "clss/clastool/tree/tree_labels.h"
 #include "platform/archive/class_level.h"
@@ -24,11 +25,14 @@ vxDecisionTreeNode::vxDecisionTreeNode(const vxPredicateFunction& predicate, con
     falseTree_ = falseTree.clone();
 }
 
-vxDecisionTreeNode::vxDecisionTreeNode(const vxDecisionTreeNode& other) noexcept = default;
+vxDecisionTreeNode::vxDecisionTreeNode(const vxDecisionTreeNode& other) noexcept
+    : vxDecisionTree(other), trueTree_(other.trueTree_), falseTree_(other.falseTree_),
+      predicateFunction_(other.predicateFunction_) {}
 
 vxDecisionTreeNode& vxDecisionTreeNode::operator=(const vxDecisionTreeNode& other) noexcept {
     // `other` may lie below this node and go with the branch that is given up.
     vxDecisionTreeNode copy(other);
+    detail::QuestionObservation::changing(*this);
     std::swap(trueTree_, copy.trueTree_);
     std::swap(falseTree_, copy.falseTree_);
     std::swap(predicateFunction_, copy.predicateFunction_);
@@ -54,15 +58,21 @@ bool vxDecisionTreeNode::isEqual(const vxDecisionTree& other) const {
 }
 
 void vxDecisionTreeNode::predicateFunction(const vxPredicateFunction& predicate) {
-    predicateFunction_ = predicate.clone();
+    vxPtrHandle_const<vxPredicateFunction> clone = predicate.clone();
+    detail::QuestionObservation::changing(*this);
+    predicateFunction_ = std::move(clone);
 }
 
 void vxDecisionTreeNode::trueTree(const vxDecisionTree& tree) {
-    trueTree_ = tree.clone();
+    vxPtrHandle_const<vxDecisionTree> clone = tree.clone();
+    detail::QuestionObservation::changing(*this);
+    trueTree_ = std::move(clone);
 }
 
 void vxDecisionTreeNode::falseTree(const vxDecisionTree& tree) {
-    falseTree_ = tree.clone();
+    vxPtrHandle_const<vxDecisionTree> clone = tree.clone();
+    detail::QuestionObservation::changing(*this);
+    falseTree_ = std::move(clone);
 }
 
 void vxDecisionTreeNode::dispatchSerialize(vxArchive& archive) {
@@ -72,6 +82,9 @@ void vxDecisionTreeNode::dispatchSerialize(vxArchive& archive) {
 void vxDecisionTreeNode::serialize_(vxArchive& archive, unsigned char version) {
     detail::requireVersionZero(version);
     vxDecisionTree::dispatchSerialize(archive);
+    if (archive.isLoading()) {
+        detail::QuestionObservation::changing(*this);
+    }
     archive || trueTree_;
     archive || falseTree_;
     archive || predicateFunction_;

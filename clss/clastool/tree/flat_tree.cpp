@@ -133,6 +133,8 @@ private:
         if (indices.size() != 1 || indices[0] < 0 || indices[0] >= static_cast<long>(FlatTree::firstMark)) {
             return false;
         }
+        QuestionObservation::observe(node);
+        QuestionObservation::observe(range);
         add(static_cast<std::uint32_t>(indices[0])).range = {range.measurementRange().lower(),
                                                              range.measurementRange().upper()};
         return true;

@@ -1,6 +1,8 @@
 #ifndef CLSS_CLASTOOL_TREE_FLAT_TREE_H
 #define CLSS_CLASTOOL_TREE_FLAT_TREE_H
 
+#include "clss/clastool/tree/observed_questions.h"
+
 #include <vxclassifier/decision_tree_leaf.h>
 #include <vxclassifier/feature_pattern.h>
 
@@ -18,11 +20,14 @@ namespace detail {
 /// what trained trees consist of. Where anything else comes, the walk goes on over the objects. So the answer
 /// is always that of leafFor for the whole tree, with the same interruption checks and exceptions.
 ///
-/// Borrows the tree, which must not change. Takes 24 bytes for each node and leaf.
+/// Borrows the tree, and holds as long as nothing in it changes. Takes 24 bytes for each node and leaf.
 class FlatTree {
 public:
     /// Null if memory runs out, or for a tree too large to be numbered.
     static std::shared_ptr<const FlatTree> of(const vxDecisionTree& top) noexcept;
+
+    /// Whether nothing in the tree has changed since it was laid out, so that leafFor may be called.
+    bool holds() const noexcept { return changes_ == QuestionObservation::changes(); }
 
     /// As leafFor(top, pattern).
     const vxDecisionTreeLeaf& leafFor(const vxFeaturePattern& pattern) const;
@@ -57,7 +62,8 @@ private:
     const vxDecisionTreeLeaf& arriveAt(const Place& place, const vxFeaturePattern& pattern,
                                        bool isChecked) const;
 
-    std::vector<Place> places_; // the top first
+    std::vector<Place> places_;                              // the top first
+    std::uint64_t changes_ = QuestionObservation::changes(); // of observed parts, up to the laying out
 };
 
 } // namespace detail

@@ -1,6 +1,7 @@
 #include <vxclassifier/range_predicate.h>
 
 #include "clss/clastool/tree/measurement_index.h"
+#include "clss/clastool/tree/observed_questions.h"
 #include "clss/clastool/tree/range_test.h"
 #include "platform/archive/class_level.h"
 
@@ -15,9 +16,12 @@ vxRangePredicate::vxRangePredicate(const vxRange& range, const std::vector<long>
     detail::requireMeasurementIndices(measurementIndices_);
 }
 
-vxRangePredicate::vxRangePredicate(const vxRangePredicate&) = default;
+vxRangePredicate::vxRangePredicate(const vxRangePredicate& other)
+    : vxPredicateFunction(other), measurementRange_(other.measurementRange_),
+      measurementIndices_(other.measurementIndices_) {}
 
 vxRangePredicate& vxRangePredicate::operator=(const vxRangePredicate& other) {
+    detail::QuestionObservation::changing(*this);
     measurementIndices_ = other.measurementIndices_; // may throw, so it goes first
     measurementRange_ = other.measurementRange_;
     return *this;
@@ -50,6 +54,9 @@ void vxRangePredicate::dispatchSerialize(vxArchive& archive) {
 void vxRangePredicate::serialize_(vxArchive& archive, unsigned char version) {
     detail::requireVersionZero(version);
     vxPredicateFunction::dispatchSerialize(archive);
+    if (archive.isLoading()) {
+        detail::QuestionObservation::changing(*this);
+    }
     archive || measurementRange_;
     archive || measurementIndices_;
 }
