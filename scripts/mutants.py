@@ -91,14 +91,20 @@ REPLACEMENTS = {
         "--": ["++"],
     },
 }
-NUMBER = re.compile(r"(?<![\w.])(\d+\.\d+(?:[eE][-+]?\d+)?|0x[0-9a-fA-F]+|\d+)(?=[uUlL]*\b)(?![\w.]*\.)")
+# Of a number with an exponent the whole is changed, not the exponent alone.
+NUMBER = re.compile(
+    r"(?<![\w.])(?<![eEpP][-+])(0x[0-9a-fA-F.]+p[-+]?\d+|\d+(?:\.\d+)?[eE][-+]?\d+|\d+\.\d+|0x[0-9a-fA-F]+|\d+)"
+    r"(?=[uUlL]*\b)(?![\w.]*\.)"
+)
 WORDS = {"true": "false", "false": "true"}
 # One line; what begins with a type, and so declares something, has a blank before its name.
 STATEMENT = re.compile(
     r"^ +(?:(?:\+\+|--)?[\w.:>\[\]*()-]+(?:\(.*\))?(?: [-+*/|&^]?= .*|<<=.*|>>=.*|\(.*\)|\+\+|--)?|throw .*|break|continue);$"
 )
 CONSTANT = re.compile(r"^(?:inline |static )*constexpr [^(]* = ")
-NO_STATEMENT = re.compile(r"^ +(?:return|using|case|default|friend|struct|class|static|namespace|virtual|explicit|public|private)\b")
+NO_STATEMENT = re.compile(
+    r"^ +(?:return|using|case|default|friend|struct|class|static|namespace|virtual|explicit|public|private)\b|.* = (?:delete|default);$"
+)
 
 
 class Mutant:
@@ -166,8 +172,8 @@ def candidates(area, path, without=()):
                     start = line.find(old, start + len(old))
         for match in NUMBER.finditer(line):
             old = match.group(1)
-            if "." in old:
-                new = "1.0" if float(old) == 0.0 else "0.0"
+            if re.search(r"[.p]|^\d+[eE]", old):
+                new = "1.0" if old == "0.0" else "0.0"
             elif old.startswith("0x"):
                 new = hex(int(old, 16) ^ 1)
             else:

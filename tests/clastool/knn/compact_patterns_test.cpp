@@ -287,6 +287,19 @@ TEST(CompactPatterns, DoNotOutliveAChangeOfAPattern) {
     EXPECT_FALSE(anew->describes(store));
 }
 
+TEST(CompactPatterns, DoNotOutliveAChangeOfAPatternThatWasAppended) {
+    const vxPtrHandle<vxFeaturePattern> changing(new vxFeaturePattern({1.0}, {}));
+    Store store;
+    store.addData(test::pattern({2.0}), 0);
+    auto compact = CompactPatterns::describe(store);
+    store.addData(changing, 0);
+    CompactPatterns::follow(compact, store);
+    ASSERT_NE(compact, nullptr);
+    ASSERT_TRUE(compact->describes(store));
+    *changing = vxFeaturePattern({3.0}, {});
+    EXPECT_FALSE(compact->describes(store));
+}
+
 TEST(CompactPatterns, TakeLittleMemoryBesideTheMeasurements) {
     for (const std::size_t width : {1u, 4u, 16u, 64u}) {
         for (const std::size_t count : {100u, 193u, 250u, 257u, 1000u, 5000u}) {
