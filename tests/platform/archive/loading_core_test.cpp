@@ -75,6 +75,17 @@ TEST(LoadingCore, AStrangeClassNameDoesNotSpoilTheMessage) {
                  L"The archive holds an object of the unknown class ???" + std::wstring(197, L'x') + L"....");
 }
 
+TEST(LoadingCore, AClassNameIsShownWholeUpTo200Characters) {
+    const auto expectShown = [](const std::string& name, const std::wstring& shown) {
+        EXPECT_ERROR(loadNode(Payload().u32(1).firstRecord(0, name, Payload()).u32(1)),
+                     vxArchive::UnknownClass,
+                     L"The archive holds an object of the unknown class " + shown + L".");
+    };
+    // The first and the last printable character stand at the beginning.
+    expectShown(" ~" + std::string(198, 'x'), L" ~" + std::wstring(198, L'x'));
+    expectShown(" ~" + std::string(199, 'x'), L" ~" + std::wstring(198, L'x') + L"...");
+}
+
 TEST(LoadingCore, AClassIsNamedOnceAndInOrder) {
     EXPECT_ERROR(loadNode(Payload().u32(1).firstRecord(1, "test::Node", nodeRecord(0, 0, 0)).u32(1)),
                  vxArchive::CorruptData, L"The archive uses a class before it names it.");
