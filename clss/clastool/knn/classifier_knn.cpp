@@ -5,6 +5,7 @@
 #include "clss/clastool/knn/compact_search.h"
 #include "clss/clastool/knn/nearest_neighbors.h"
 #include "platform/archive/class_level.h"
+#include "platform/system/attention_check.h"
 
 #include <vxclassifier/classifier_data_provider_memory.h>
 #include <vxclassifier/classifier_defs.h>
@@ -168,8 +169,24 @@ void vx_ClassifierKNN::run_(const vxFeaturePattern& pattern, vxClassifierResult&
 std::vector<long> vx_ClassifierKNN::voters(const vxFeaturePattern& pattern) const {
     const long k = detail::requireNeighborCount(workingParams_.k());
     const vxPtrHandle_const<vxPatternDistanceMetric> metric = workingParams_.distanceMetric();
-    if (detail::CompactSearch::isPossible(pattern, *store_, compact_.get(), metric.get())) {
+    const auto search = [&] {
         return detail::CompactSearch(pattern, *store_, *compact_, *metric, k).neighbors();
+    };
+    const auto isSearchPossible = [&] {
+        return detail::CompactSearch::isPossible(pattern, *store_, compact_.get(), metric.get());
+    };
+    if (isSearchPossible()) {
+        if (detail::kindOfInstalledCheck() != detail::InstalledCheck::callers) {
+            return search();
+        }
+        const vxPtrHandle<Store> store = store_; // the caller's check may do anything, even train
+        const long checked = detail::CompactSearch::makeCallersChecks(*store);
+        if (store == store_ && isSearchPossible()) {
+            return search();
+        }
+        detail::NeighborList nearest(k, store->numPatterns());
+        detail::offerStoredPatterns(pattern, *store, metric, nearest, checked);
+        return std::move(nearest.indices());
     }
     std::vector<long> indices;
     std::vector<double> distances;
@@ -181,7 +198,8 @@ void vx_ClassifierKNN::findNearestNeighbors_(const vxFeaturePattern& pattern, lo
                                              std::vector<long>& indices,
                                              std::vector<double>& distances) const {
     detail::NeighborList nearest(detail::requireNeighborCount(k), store_->numPatterns());
-    detail::offerStoredPatterns(pattern, *store_, workingParams_.distanceMetric(), nearest);
+    const vxPtrHandle<Store> store = store_; // the check may train this classifier
+    detail::offerStoredPatterns(pattern, *store, workingParams_.distanceMetric(), nearest);
     indices.swap(nearest.indices());
     distances.swap(nearest.distances());
 }

@@ -3,6 +3,7 @@
 #include "clss/clastool/foundation/stored_rows.h"
 #include "platform/system/attention_check.h"
 
+#include <vxclassifier/classifier_data_provider_memory.h>
 #include <vxclassifier/feature_pattern.h>
 #include <vxclassifier/platform/attention.h>
 #include <vxclassifier/platform/status.h>
@@ -63,7 +64,8 @@ CompactSearch::CompactSearch(const vxFeaturePattern& query, const vxClassifierDa
       count_(compact.numPatterns()) {}
 
 std::vector<long> CompactSearch::neighbors() {
-    makeChecks();
+    looksAtFlag_ = kindOfInstalledCheck() == InstalledCheck::cancelFlag;
+    checkFlag();
     if (count_ <= k_) {
         std::vector<long> all(count_);
         std::iota(all.begin(), all.end(), 0L);
@@ -80,15 +82,14 @@ std::vector<long> CompactSearch::neighbors() {
     return settled();
 }
 
-void CompactSearch::makeChecks() {
-    const InstalledCheck installed = kindOfInstalledCheck();
-    looksAtFlag_ = installed == InstalledCheck::cancelFlag;
-    if (installed == InstalledCheck::callers) {
-        for (std::size_t i = 0; i < count_; ++i) {
+long CompactSearch::makeCallersChecks(const vxClassifierDataProviderMemory& store) {
+    long made = 0;
+    if (kindOfInstalledCheck() == InstalledCheck::callers) {
+        for (; made < store.numPatterns(); ++made) {
             check();
         }
     }
-    checkFlag();
+    return made;
 }
 
 void CompactSearch::checkFlag() const {

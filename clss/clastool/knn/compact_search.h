@@ -38,9 +38,13 @@ public:
                   const CompactPatterns& compact, const vxPatternDistanceMetric& metric, long k,
                   const CellFilter& filter = bestCellFilter());
 
+    /// Makes the interruption check once for each stored pattern, if it is one that the application can
+    /// count; gives how often that was. To be called before a search is made: the check may do anything,
+    /// after which a search may no longer be possible.
+    static long makeCallersChecks(const vxClassifierDataProviderMemory& store);
+
     /// The indices of the nearest neighbours, in no particular order. Throws what the interruption check
-    /// throws: one that the application can count is made once for each stored pattern, and before anything
-    /// else; a flag is looked at often enough.
+    /// throws: a flag is looked at often enough, any other check is not made here.
     std::vector<long> neighbors();
 
 private:
@@ -49,7 +53,6 @@ private:
         double sum;
     };
 
-    void makeChecks();
     void checkFlag() const;
     void searchAll();
     double sumOf(std::size_t index) const;

@@ -7,9 +7,12 @@
 namespace detail {
 
 void offerStoredPatterns(const vxFeaturePattern& pattern, const vxClassifierDataProviderMemory& store,
-                         const vxPtrHandle_const<vxPatternDistanceMetric>& metric, NeighborList& list) {
+                         const vxPtrHandle_const<vxPatternDistanceMetric>& metric, NeighborList& list,
+                         long checked) {
     for (long i = 0; i < store.numPatterns(); ++i) {
-        vfThrowExceptionOnFailure(vsys_attention_check());
+        if (i >= checked) {
+            vfThrowExceptionOnFailure(vsys_attention_check());
+        }
         const vxPtrHandle_const<vxFeaturePattern> stored = store.featurePattern(i);
         list.offer(i, metric->distance(pattern, *stored));
     }

@@ -8,6 +8,8 @@
 
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/pattern_distance_metric_norm.h>
+#include <vxclassifier/platform/attention.h>
+#include <vxclassifier/platform/status.h>
 
 #include <gtest/gtest.h>
 
@@ -192,6 +194,40 @@ TEST(FastKNN, SeesThatAStoreThatAnArchiveSharedOutHasChanged) {
     EXPECT_EQ(test::labels(test::run(classifier, {8.0, 8.0, 8.0})), std::vector<long>{100});
     shared->data({test::pattern({1.0, 2.0, 3.0})}, {101});
     EXPECT_EQ(test::labels(test::run(classifier, {8.0, 8.0, 8.0})), std::vector<long>{101});
+}
+
+/// A check that trains the classifier that makes it, when it is made for the first time.
+struct Training {
+    vx_Classifier* classifier;
+    long more;
+    long made = 0;
+
+    static long check(void* context) {
+        Training& training = *static_cast<Training*>(context);
+        if (++training.made == 1) {
+            for (long i = 0; i < training.more; ++i) {
+                training.classifier->trainIncremental(vxFeaturePattern({-1.0}, {}), 7);
+            }
+        }
+        return vxStatus::success;
+    }
+};
+
+TEST(FastKNN, ACheckMayTrainTheClassifierThatMakesIt) {
+    for (const long more : {0L, 1L, 1000L}) {
+        Store store;
+        for (long i = 0; i < 300; ++i) {
+            store.addData(test::pattern({static_cast<double>(i)}), 1);
+        }
+        vx_ClassifierKNN classifier;
+        classifier.train(store, params(vxPatternDistanceMetricNorm(2.0), 1));
+        Training training{&classifier, more};
+        const vxAttentionScope scope(&Training::check, &training);
+        vxClassifierResult result;
+        classifier.run(vxFeaturePattern({-1.0}, {}), result);
+        EXPECT_EQ(result.categoryResults().front().categoryLabel(), more == 0 ? 1 : 7);
+        EXPECT_EQ(training.made, 300 + more + 1) << "for each pattern, and for the category";
+    }
 }
 
 TEST(FastKNN, RefusesANeighborOfUnknownCategory) {

@@ -60,6 +60,7 @@ public:
             ADD_FAILURE() << "the search is not possible";
             return {};
         }
+        CompactSearch::makeCallersChecks(store_);
         return sorted(CompactSearch(query, store_, *compact_, metric, k, filter).neighbors());
     }
 
