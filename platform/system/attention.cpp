@@ -12,8 +12,10 @@ constexpr long systemModule = 1;
 static_assert(vsys_attention_cancelled == vxStatus::failure(systemModule, 1),
               "the published status is the module's");
 
-thread_local vfAttentionCheck installedCheck = nullptr;
-thread_local void* installedContext = nullptr;
+// There when the thread begins: single runs ask several times, and finding one of a library that is loaded
+// later takes a call of the system's linker.
+[[gnu::tls_model("initial-exec")]] thread_local vfAttentionCheck installedCheck = nullptr;
+[[gnu::tls_model("initial-exec")]] thread_local void* installedContext = nullptr;
 
 long checkFlag(void* flag) {
     return static_cast<const vxCancelFlag*>(flag)->isSet() ? vsys_attention_cancelled : vxStatus::success;

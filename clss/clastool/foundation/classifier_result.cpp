@@ -56,8 +56,8 @@ vxClassifierResult::vxClassifierResult(const std::vector<vxClassifierCategoryRes
 vxClassifierResult::vxClassifierResult(const std::vector<vxClassifierCategoryResult>& matchResults,
                                        const vxClassifierFrequencies& frequencies,
                                        const vxClassifierCosts& costs, double matchScoreFactorLog)
-    : matchScoreFactorLog_(matchScoreFactorLog) {
-    detail::decide(matchResults, frequencies, costs, categoryResults_);
+    : categoryResults_(matchResults), matchScoreFactorLog_(matchScoreFactorLog) {
+    detail::decide(frequencies, costs, categoryResults_);
 }
 
 bool vxClassifierResult::operator==(const vxClassifierResult& other) const noexcept {

@@ -8,13 +8,15 @@
 #include <vxclassifier/classifier_defs.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
-#include <numeric>
 
 namespace detail {
 
 namespace {
+
+constexpr std::size_t mostRanked = 64; // beyond that, comparing each pair takes longer than sorting
 
 bool haveAscendingLabels(const CategoryResults& results) noexcept {
     for (std::size_t i = 1; i < results.size(); ++i) {
@@ -130,40 +132,75 @@ bool haveNotANumber(const double* values, std::size_t size) noexcept {
 }
 
 /// Checks each category and puts it where it belongs.
-void fill(const CategoryResults& matches, const double* classScores, const double* costs,
-          const std::size_t* ranks, CategoryResults& decided) {
-    for (std::size_t i = 0; i < matches.size(); ++i) {
-        decided[ranks[i]] = vxClassifierCategoryResult(matches[i].categoryLabel(), matches[i].matchScore(),
-                                                       classScores[i], costs[i]);
+void fill(const double* classScores, const double* costs, const std::size_t* ranks,
+          CategoryResults& categories) {
+    const std::size_t size = categories.size();
+    vxClassifierCategoryResult* const places = categories.data();
+    std::array<long, mostRanked> labels;        // filled below
+    std::array<double, mostRanked> matchScores; // likewise
+    for (std::size_t i = 0; i < size; ++i) {
+        labels[i] = places[i].categoryLabel();
+        matchScores[i] = places[i].matchScore();
+    }
+    for (std::size_t i = 0; i < size; ++i) {
+        places[ranks[i]] = vxClassifierCategoryResult(labels[i], matchScores[i], classScores[i], costs[i]);
     }
 }
 
-/// The order of two: the second one comes first only if it costs less, which NaN does not.
-void fillTwo(const CategoryResults& matches, const double* classScores, const double* costs,
-             CategoryResults& decided) {
-    const std::size_t first = costs[1] < costs[0] ? 1 : 0;
-    const std::size_t ranks[] = {first, 1 - first};
-    fill(matches, classScores, costs, ranks, decided);
+/// Checks each category where it is.
+void fill(const double* classScores, const double* costs, CategoryResults& categories) {
+    for (std::size_t i = 0; i < categories.size(); ++i) {
+        vxClassifierCategoryResult& category = categories[i];
+        category = vxClassifierCategoryResult(category.categoryLabel(), category.matchScore(), classScores[i],
+                                              costs[i]);
+    }
 }
 
-void fillInOrder(const CategoryResults& matches, const double* classScores, const double* costs,
-                 CategoryResults& decided) {
-    constexpr std::size_t mostRanked = 64; // beyond that, comparing each pair takes longer than sorting
-    decided = matches;
-    if (matches.size() == 2) {
-        fillTwo(matches, classScores, costs, decided);
-        return;
-    }
-    Scratch<std::size_t> scratch(matches.size());
-    std::size_t* const ranks = scratch.data();
-    if (matches.size() <= mostRanked && !haveNotANumber(costs, matches.size())) {
-        takeRanks(costs, matches.size(), ranks);
-        fill(matches, classScores, costs, ranks, decided);
+void fillInOrder(const double* classScores, const double* costs, CategoryResults& categories) {
+    const std::size_t size = categories.size();
+    if (size <= mostRanked && !haveNotANumber(costs, size)) {
+        std::array<std::size_t, mostRanked> ranks; // takeRanks fills it
+        takeRanks(costs, size, ranks.data());
+        fill(classScores, costs, ranks.data(), categories);
     } else {
-        std::iota(ranks, ranks + matches.size(), std::size_t{0});
-        fill(matches, classScores, costs, ranks, decided);
-        orderByExpectedCost(decided);
+        fill(classScores, costs, categories);
+        orderByExpectedCost(categories);
     }
+}
+
+/// Whether two categories, nothing overridden and no check to be made leave only the arithmetic to be done.
+bool isPlainPair(const CategoryResults& categories, const vxClassifierFrequencies& frequencies,
+                 const vxClassifierCosts& costs) noexcept {
+    if (categories.size() != 2) {
+        return false;
+    }
+    const long first = categories[0].categoryLabel();
+    const long second = categories[1].categoryLabel();
+    return first >= 0 && second >= 0 && first != second && OverrideAccess::hasNone(frequencies) &&
+           OverrideAccess::hasNone(costs) && !isAttentionCheckInstalled();
+}
+
+/// The decision of a plain pair, step by step as for any number; the loops and their memory would take longer
+/// than the arithmetic. False, with nothing changed, if a sum is 0.
+bool decidePair(double prior, double cost, CategoryResults& categories) {
+    const vxClassifierCategoryResult a = categories[0];
+    const vxClassifierCategoryResult b = categories[1];
+    const double sumPrior = prior + prior;
+    const double weightA = a.matchScore() * prior / sumPrior;
+    const double weightB = b.matchScore() * prior / sumPrior;
+    const double sum = weightA + weightB;
+    if (sumPrior == 0.0 || sum == 0.0) {
+        return false;
+    }
+    const double riskA = (0.0 + cost * weightB) / sum; // added to 0, -0 becomes 0
+    const double riskB = (0.0 + cost * weightA) / sum;
+    // The second one comes first only if it costs less, which NaN does not.
+    const std::size_t placeOfA = riskB < riskA ? 1 : 0;
+    const vxClassifierCategoryResult decidedA(a.categoryLabel(), a.matchScore(), weightA / sum, riskA);
+    const vxClassifierCategoryResult decidedB(b.categoryLabel(), b.matchScore(), weightB / sum, riskB);
+    categories[placeOfA] = decidedA;
+    categories[1 - placeOfA] = decidedB;
+    return true;
 }
 
 } // namespace
@@ -189,32 +226,37 @@ void orderByExpectedCost(CategoryResults& results) {
     });
 }
 
-void decide(const CategoryResults& matches, const vxClassifierFrequencies& frequencies,
-            const vxClassifierCosts& costs, CategoryResults& decided) {
-    requireUniqueLabels(matches);
-    const std::size_t size = matches.size();
+void decide(const vxClassifierFrequencies& frequencies, const vxClassifierCosts& costs,
+            CategoryResults& categories) {
+    if (isPlainPair(categories, frequencies, costs) &&
+        decidePair(frequencies.defaultCategoryFrequency(), costs.defaultMisclassificationCost(),
+                   categories)) {
+        return;
+    }
+    requireUniqueLabels(categories);
+    const std::size_t size = categories.size();
     Scratch<double> scratch(2 * size);
     double* const weights = scratch.data();
     double* const risks = weights + size;
-    const double sumPrior = takePriors(matches, frequencies, weights);
+    const double sumPrior = takePriors(categories, frequencies, weights);
     if (size == 0 || sumPrior == 0.0) {
         throw vxClassifierDefs::BadParams(L"At least one of the category frequencies must be > 0.");
     }
-    const double sum = weighMatchScores(matches, sumPrior, weights);
+    const double sum = weighMatchScores(categories, sumPrior, weights);
     if (sum == 0.0) {
         throw vxClassifierDefs::BadParams(
             L"At least one of the resulting classification scores must be > 0.");
     }
     takeRisks(costs.defaultMisclassificationCost(), weights, size, risks);
     if (!OverrideAccess::hasNone(costs)) {
-        takeOverriddenRisks(matches, costs, weights, risks);
+        takeOverriddenRisks(categories, costs, weights, risks);
     }
     for (std::size_t i = 0; i < 2 * size;
          i += 2) { // the risks lie behind the weights; two divisions at a time
         weights[i] /= sum;
         weights[i + 1] /= sum;
     }
-    fillInOrder(matches, weights, risks, decided);
+    fillInOrder(weights, risks, categories);
 }
 
 } // namespace detail

@@ -18,14 +18,13 @@ void requireUniqueLabels(const CategoryResults& results);
 /// Sorts by ascending expected cost; equal ones keep their order, and NaN loses no entry.
 void orderByExpectedCost(CategoryResults& results);
 
-/// The decision rule of vxClassifierResult: replaces `decided`, whose memory is used again, by the categories
-/// with their class scores and expected costs. Throws what that constructor throws; `decided` then holds
+/// The decision rule of vxClassifierResult, in place: `categories` have labels and match scores, and get
+/// their class scores, expected costs and order. Throws what that constructor throws; they then hold
 /// anything.
 ///
-/// For a usual number of categories it takes no memory but that of the result. Each sum is rounded in the
-/// published order.
-void decide(const CategoryResults& matches, const vxClassifierFrequencies& frequencies,
-            const vxClassifierCosts& costs, CategoryResults& decided);
+/// For a usual number of categories it takes no memory. Each sum is rounded in the published order.
+void decide(const vxClassifierFrequencies& frequencies, const vxClassifierCosts& costs,
+            CategoryResults& categories);
 
 } // namespace detail
 

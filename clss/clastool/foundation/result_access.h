@@ -17,9 +17,19 @@ public:
     static void decide(const CategoryResults& matches, const vxClassifierFrequencies& frequencies,
                        const vxClassifierCosts& costs, double matchScoreFactorLog,
                        vxClassifierResult& result) {
-        detail::decide(matches, frequencies, costs, result.categoryResults_);
+        result.categoryResults_ = matches;
+        decide(frequencies, costs, matchScoreFactorLog, result);
+    }
+
+    /// The same for match results that stand in the result already.
+    static void decide(const vxClassifierFrequencies& frequencies, const vxClassifierCosts& costs,
+                       double matchScoreFactorLog, vxClassifierResult& result) {
+        detail::decide(frequencies, costs, result.categoryResults_);
         result.matchScoreFactorLog_ = matchScoreFactorLog;
     }
+
+    /// The entries of the result, to be filled with match results.
+    static CategoryResults& entries(vxClassifierResult& result) noexcept { return result.categoryResults_; }
 
     /// As `result = vxClassifierResult()`, but keeps the memory.
     static void clear(vxClassifierResult& result) noexcept {

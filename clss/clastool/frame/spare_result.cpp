@@ -13,13 +13,15 @@ namespace {
 constexpr std::size_t mostKept = 256;
 
 /// What is left over from the last run of this thread. It has no destructor, so that it can be asked at any
-/// time, also by the destructors that run at the end of the thread.
+/// time, also by the destructors that run at the end of the thread. And it is there when the thread begins:
+/// each run asks for it, and finding one of a library that is loaded later takes a call of the system's
+/// linker.
 struct LeftOver {
     vxClassifierResult* result; // owned; may be null
     enum { unused, open, closed } state;
 };
 
-thread_local LeftOver leftOver{nullptr, LeftOver::unused};
+[[gnu::tls_model("initial-exec")]] thread_local LeftOver leftOver{nullptr, LeftOver::unused};
 
 struct Closer {
     Closer() noexcept { leftOver.state = LeftOver::open; }

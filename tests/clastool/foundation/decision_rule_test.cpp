@@ -214,6 +214,33 @@ TEST(DecisionRuleShortCuts, GiveThePublishedBitsOrderAndErrors) {
     EXPECT_LT(numErrors, 1000);
 }
 
+TEST(DecisionRuleShortCuts, OfAPairGiveThePublishedBitsOrderAndErrors) {
+    constexpr double tiny = std::numeric_limits<double>::denorm_min();
+    const std::vector<double> scores{0.0, -0.0, tiny, 0.25, 0.5, 1.0, 1.5, -0.5, infinity, nan};
+    const std::vector<double> priors{-1.0, 0.0, -0.0, tiny, 0.75, 1e308, infinity, nan};
+    const std::vector<double> mistakes{-2.0, -0.0, 0.0, tiny, 3.0, 1e308, infinity, nan};
+    for (const double prior : priors) {
+        for (const double mistake : mistakes) {
+            const vxClassifierFrequencies frequencies = test::forgedFrequencies(prior);
+            test::HandWritten byHand;
+            byHand.byte(0).real(mistake).numbers({}).numbers({}).reals({});
+            const auto costs = test::loaded(byHand.sealed(), vxClassifierCosts(1.0));
+            for (const double first : scores) {
+                for (const double second : scores) {
+                    const CategoryResults matches{test::forgedCategory(6, first, 0.0, 0.0),
+                                                  test::forgedCategory(3, second, 0.0, 0.0)};
+                    ASSERT_EQ(
+                        outcomeOf([&] {
+                            return vxClassifierResult(matches, frequencies, costs, 0.0).categoryResults();
+                        }),
+                        outcomeOf([&] { return plainRule(matches, frequencies, costs); }))
+                        << prior << ' ' << mistake << ' ' << first << ' ' << second;
+                }
+            }
+        }
+    }
+}
+
 TEST(DecisionRuleShortCuts, LeaveTheFactorAndTheMemoryWhereTheyBelong) {
     const CategoryResults matches{test::match(4, 0.25), test::match(2, 1.0)};
     vxClassifierResult result({{7, 0.5, 1.0, 2.0}, {8, 0.5, 1.0, 3.0}}, 1.0);
