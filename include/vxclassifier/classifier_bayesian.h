@@ -5,6 +5,7 @@
 #include <vxclassifier/classifier.h>
 #include <vxclassifier/platform/ptr_handle.h>
 
+#include <cstddef>
 #include <vector>
 
 class vxClassifierTrainParamsBayesian;
@@ -94,6 +95,7 @@ private:
     void dropUnmatchedRows();
     vxPtrHandle<vx_CategoryModelBayesian> addModel(long label, const vxClassifierTrainParamsBayesian& params,
                                                    long numMeasurements);
+    std::size_t logLikelihoodsOfPairs(const vxFeaturePattern& pattern, double* values) const;
     void logLikelihoods(const vxFeaturePattern& pattern, double* values) const;
 
     // Parallel, in the order in which the labels were first met. An archive can bring vectors of different

@@ -48,13 +48,13 @@ double CorrelatedNormal::logValue(const double* values) const {
     const std::size_t padded = paddedToLanes(order);
     Scratch<double> own(padded);
     double* const chosen = own.data();
+    fillLastLanes(chosen, padded);
     if (areLeading_) {
         std::copy_n(values, order, chosen);
     } else {
         std::transform(measurements_.begin(), measurements_.end(), chosen,
                        [values](const VaryingMeasurement& measurement) { return values[measurement.index]; });
     }
-    std::fill(chosen + order, chosen + padded, 0.0);
     const double squaredLength = whitening_.squaredLength(chosen);
     return squaredLength <= surelyNear ? logNormaliser_ - 0.5 * squaredLength
                                        : extremeLogValue(chosen, squaredLength);

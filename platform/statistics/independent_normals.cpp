@@ -47,13 +47,13 @@ void IndependentNormals::append(const NormalDensity& density, std::size_t index)
 
 void IndependentNormals::logValues(const double* values, double* logValues) const noexcept {
     const std::size_t padded = paddedToLanes(size());
+    fillLastLanes(logValues, padded);
     if (areLeading_) {
         std::copy_n(values, size(), logValues);
     } else {
         std::transform(indices_.begin(), indices_.end(), logValues,
                        [values](std::size_t index) { return values[index]; });
     }
-    std::fill(logValues + size(), logValues + padded, 0.0);
     toLogValues(block_.data(), padded, logValues);
 }
 

@@ -1,6 +1,7 @@
 #ifndef PLATFORM_STATISTICS_LANES_H
 #define PLATFORM_STATISTICS_LANES_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 
@@ -22,6 +23,14 @@ constexpr std::size_t numLanes = 8;
 
 constexpr std::size_t paddedToLanes(std::size_t size) noexcept {
     return (size + numLanes - 1) / numLanes * numLanes;
+}
+
+/// Sets what may not get a value of its own behind `padded` lanes' data to 0, before they get theirs: always
+/// as many numbers, which needs no call.
+inline void fillLastLanes(double* values, std::size_t padded) noexcept {
+    if (padded != 0) {
+        std::fill_n(values + padded - numLanes, numLanes, 0.0);
+    }
 }
 
 /// Numbers side by side in one register. Like what is made of it, it is for inlining only: wide registers

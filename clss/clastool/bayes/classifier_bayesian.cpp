@@ -2,6 +2,7 @@
 
 #include "clss/clastool/bayes/learners.h"
 #include "clss/clastool/bayes/model_layout.h"
+#include "clss/clastool/bayes/scoring_plan.h"
 #include "clss/clastool/foundation/parallel_vectors.h"
 #include "clss/clastool/foundation/result_access.h"
 #include "clss/clastool/foundation/row_reader.h"
@@ -183,13 +184,41 @@ void vx_ClassifierBayesian::checkRunnable_() const {
     run_(vxFeaturePattern(std::vector<double>(static_cast<std::size_t>(numZeros), 0.0), {}), discarded);
 }
 
+/// Asks the models in pairs as long as both of a pair can be asked side by side; gives how many were asked.
+std::size_t vx_ClassifierBayesian::logLikelihoodsOfPairs(const vxFeaturePattern& pattern,
+                                                         double* values) const {
+    const auto planOf = [&](std::size_t place) -> const detail::ScoringPlan* {
+        const vx_CategoryModel* const model = categoryModels_[place].get();
+        if (model == nullptr || &typeid(*model) != &typeid(vx_CategoryModelBayesian)) {
+            return nullptr;
+        }
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-static-cast-downcast): the line above is the check.
+        const detail::ScoringPlan* const plan =
+            static_cast<const vx_CategoryModelBayesian*>(model)->plan_.get();
+        return plan != nullptr && plan->areAllSingles() && plan->covers(pattern) ? plan : nullptr;
+    };
+    const double* const measurements = pattern.featureMeasurements(false).data();
+    std::size_t asked = 0;
+    for (; asked + 2 <= categoryModels_.size(); asked += 2) {
+        const detail::ScoringPlan* const first = planOf(asked);
+        const detail::ScoringPlan* const second = first == nullptr ? nullptr : planOf(asked + 1);
+        if (second == nullptr ||
+            !detail::ScoringPlan::logLikelihoodsOfPair(*first, *second, measurements, values + asked)) {
+            break;
+        }
+    }
+    return asked;
+}
+
 void vx_ClassifierBayesian::logLikelihoods(const vxFeaturePattern& pattern, double* values) const {
     const bool isChecked = detail::isAttentionCheckInstalled();
-    for (const vxPtrHandle<vx_CategoryModel>& model : categoryModels_) {
+    // Nothing throws or calls back in a pair that is asked side by side, so the order shows in checks only.
+    const std::size_t asked = isChecked ? 0 : logLikelihoodsOfPairs(pattern, values);
+    for (std::size_t i = asked; i < categoryModels_.size(); ++i) {
         if (isChecked) {
             detail::throwIfInterrupted();
         }
-        *values++ = bayesian(model).matchScore(pattern, nullptr, 0);
+        values[i] = bayesian(categoryModels_[i]).matchScore(pattern, nullptr, 0);
     }
     if (isChecked) {
         detail::throwIfInterrupted();
@@ -203,13 +232,14 @@ void vx_ClassifierBayesian::run_(const vxFeaturePattern& pattern, vxClassifierRe
     const vxClassifierTrainParamsBayesian& params = bayesian(*storedParams_());
     // Scaled so that the best category has 1: the likelihoods themselves soon underflow.
     const double factorLog = 0.0 - largest(scores.data(), number);
-    std::vector<vxClassifierCategoryResult> matches;
+    std::vector<vxClassifierCategoryResult>& matches = detail::ResultAccess::entries(result);
+    matches.clear();
     matches.reserve(number);
     for (std::size_t i = 0; i < number; ++i) {
         matches.emplace_back(categoryModels_[i]->categoryLabel(), std::exp(factorLog + scores[i]), 0.0, 0.0);
     }
-    detail::ResultAccess::decide(matches, params.categoryFrequencies(), params.misclassificationCosts(),
-                                 factorLog, result);
+    detail::ResultAccess::decide(params.categoryFrequencies(), params.misclassificationCosts(), factorLog,
+                                 result);
 }
 
 void vx_ClassifierBayesian::recordTrainInputs_(vxDiagObject*, unsigned long) const {}

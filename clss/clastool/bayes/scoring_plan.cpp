@@ -6,6 +6,7 @@
 #include <vxclassifier/pdf_multivariate_normal.h>
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <typeinfo>
 
@@ -28,6 +29,7 @@ ScoringPlan::ScoringPlan(const Sets& sets, const Densities& densities)
     for (std::size_t set = 0; set < sets.size(); ++set) {
         kinds_.push_back(add(sets[set], set < densities.size() ? densities[set].get() : nullptr));
     }
+    isOneJoint_ = kinds_.size() == 1 && kinds_.front() == Kind::joint;
 }
 
 /// Densities of exactly our class only: one that is derived from it may answer otherwise.
@@ -45,6 +47,31 @@ ScoringPlan::Kind ScoringPlan::add(const std::vector<long>& set, vx_ProbabilityD
     }
     joints_.push_back({&normal, set, areConsecutive(set)});
     return Kind::joint;
+}
+
+bool ScoringPlan::logLikelihoodsOfPair(const ScoringPlan& a, const ScoringPlan& b, const double* values,
+                                       double* sums) noexcept {
+    constexpr std::size_t most = 8 * numLanes;
+    const std::size_t size = a.singles_.size();
+    if (size > most || size != b.singles_.size()) {
+        return false;
+    }
+    std::array<double, most> ofA; // filled below
+    std::array<double, most> ofB; // likewise
+    a.singles_.logValues(values, ofA.data());
+    b.singles_.logValues(values, ofB.data());
+    double sumOfA = 0.0;
+    double sumOfB = 0.0;
+    for (std::size_t i = 0; i < size; ++i) {
+        sumOfA += ofA[i];
+        sumOfB += ofB[i];
+    }
+    if (!isCertain(sumOfA) || !isCertain(sumOfB)) {
+        return false;
+    }
+    sums[0] = sumOfA;
+    sums[1] = sumOfB;
+    return true;
 }
 
 bool ScoringPlan::evaluate(const Joint& joint, const double* values, double& logValue) {

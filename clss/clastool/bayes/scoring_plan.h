@@ -44,12 +44,17 @@ public:
     /// `logValueOf(set)` is asked for the log value of a set that the plan leaves to the model.
     template <class LogValueOf>
     double logLikelihood(const double* values, LogValueOf logValueOf) const {
+        double ofOnlySet = 0.0;
+        if (isOneJoint_ && evaluate(joints_.front(), values, ofOnlySet)) {
+            return 0.0 + ofOnlySet; // which is no -0 then either
+        }
         Scratch<double> ofSingles(paddedToLanes(singles_.size()));
-        singles_.logValues(values, ofSingles.data());
-        if (joints_.empty() && singles_.size() == kinds_.size()) {
+        if (singles_.size() != 0) {
+            singles_.logValues(values, ofSingles.data());
+        }
+        if (areAllSingles()) {
             const double sum = sumOf(ofSingles.data(), singles_.size());
-            // One that is not certain would have made the sum as odd.
-            if (sum >= 0.1 * IndependentNormals::leastCertain) {
+            if (isCertain(sum)) {
                 return sum;
             }
         }
@@ -71,6 +76,15 @@ public:
         return sum;
     }
 
+    /// Whether the plan consists of single measurements that are evaluated side by side.
+    bool areAllSingles() const noexcept { return joints_.empty() && singles_.size() == kinds_.size(); }
+
+    /// As logLikelihood of two such plans that cover the pattern. An addition waits for the one before it,
+    /// but not for that of the other sum. False, with `sums` untouched, for plans of different or unusual
+    /// size, and for values that are not certain.
+    static bool logLikelihoodsOfPair(const ScoringPlan& a, const ScoringPlan& b, const double* values,
+                                     double* sums) noexcept;
+
 private:
     enum class Kind : unsigned char { single, joint, other };
 
@@ -79,6 +93,9 @@ private:
         std::vector<long> indices;
         bool areConsecutive;
     };
+
+    /// Whether all log values of a sum were certain: one that is not would have made the sum as odd.
+    static bool isCertain(double sum) noexcept { return sum >= 0.1 * IndependentNormals::leastCertain; }
 
     static double sumOf(const double* values, std::size_t number) noexcept {
         double sum = 0.0;
@@ -101,7 +118,8 @@ private:
     std::vector<Kind> kinds_; // one for each set
     IndependentNormals singles_;
     std::vector<Joint> joints_;
-    long numUsed_ = 0; // 1 + the largest index that the plan reads
+    bool isOneJoint_ = false; // all measurements in one set, the plainest of models
+    long numUsed_ = 0;        // 1 + the largest index that the plan reads
     std::shared_ptr<Freshness> freshness_;
 };
 

@@ -13,6 +13,9 @@
 
 #include <cmath>
 #include <limits>
+#include <random>
+#include <sstream>
+#include <string>
 
 namespace {
 
@@ -228,6 +231,65 @@ TEST(ClassifierBayesianRun, ChecksForInterruptionOncePerModelAndOnceMore) {
     polls.made = 0;
     resultOf(classifierScoring({-1.0, -2.0}), patternOf({1}));
     EXPECT_EQ(polls.made, 2 + 1 + 2);
+}
+
+/// What a run gives to its last bit, or the message of what it throws. All NaNs count as one.
+std::wstring exactOutcomeOf(const vx_Classifier& classifier, const vxFeaturePattern& pattern) {
+    std::wostringstream text;
+    const auto add = [&](double value) {
+        text << std::hexfloat << (std::isnan(value) ? std::fabs(notANumber) : value) << L' ';
+    };
+    text << outcomeOf([&] {
+        const vxClassifierResult result = resultOf(classifier, pattern);
+        for (const vxClassifierCategoryResult& category : result.categoryResults()) {
+            text << category.categoryLabel() << L": ";
+            add(category.matchScore());
+            add(category.classScore());
+            add(category.expectedCost());
+        }
+        add(result.matchScoreFactorLog());
+    });
+    return text.str();
+}
+
+/// So many categories of independent measurements; the category `joint` has two that depend on each other.
+OpenBayesian independentCategories(long number, std::size_t size, long joint) {
+    Types types = normalTypes();
+    if (size > 1) {
+        types.setDependent(joint, {0, 1});
+    }
+    std::vector<test::Sample> samples;
+    std::mt19937 random(static_cast<unsigned>(size));
+    for (long sample = 0; sample < 4 * number; ++sample) {
+        std::vector<double> values(size);
+        for (double& value : values) {
+            value = std::uniform_real_distribution<double>(-2.0, 2.0)(random);
+        }
+        samples.emplace_back(values, sample % number);
+    }
+    OpenBayesian classifier;
+    classifier.train(dataOf(samples), paramsOf(types));
+    return classifier;
+}
+
+TEST(ClassifierBayesianRun, GivesTheSameBitsWithAndWithoutACheckInstalled) {
+    // Without a check the models may be asked side by side.
+    const std::size_t sizes[] = {1, 2, 7, 8, 9, 64, 65};
+    for (const std::size_t size : sizes) {
+        for (long number = 1; number <= 5; ++number) {
+            const OpenBayesian classifier = independentCategories(number, size, 3);
+            for (const double last : {0.3, -7.0, 1e10, 1e150, 1e300, infinity, notANumber}) {
+                std::vector<double> values(size, 0.7);
+                values.back() = last;
+                const std::wstring without = exactOutcomeOf(classifier, patternOf(values));
+                Polls polls;
+                const vxAttentionScope scope(&countPoll, &polls);
+                ASSERT_EQ(without, exactOutcomeOf(classifier, patternOf(values)))
+                    << size << ' ' << number << ' ' << last;
+                ASSERT_GT(polls.made, number);
+            }
+        }
+    }
 }
 
 TEST(ClassifierBayesianRun, EachCheckCanEndIt) {
