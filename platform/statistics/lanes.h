@@ -99,7 +99,7 @@ static_assert(NarrowLanes::size == numLanes && WideLanes::size == numLanes, "the
 /// Whether code marked with VXCLASSIFIER_AVX2 can run here.
 VXCLASSIFIER_INLINE bool hasAvx2() noexcept {
 #if VXCLASSIFIER_HAS_AVX2
-    return __builtin_cpu_supports("avx2") != 0;
+    return static_cast<bool>(__builtin_cpu_supports("avx2"));
 #else
     return false;
 #endif

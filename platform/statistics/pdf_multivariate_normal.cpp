@@ -289,6 +289,11 @@ long logValueOf(const Prepared& prepared, const vmath_FeaturePattern& pattern, d
     return vxStatus::success;
 }
 
+long logValueOf(const vmath_PDFMultivariateNormal& pdf, const vmath_FeaturePattern& pattern, double& result) {
+    return pdf.state->isPrepared ? logValueOf(pdf.state->prepared, pattern, result)
+                                 : logValueOf(prepare(pdf), pattern, result);
+}
+
 } // namespace
 
 const detail::NormalDensity* detail::readyDensity(const vmath_PDFMultivariateNormal& pdf,
@@ -424,8 +429,9 @@ long vmath_PDFMultivariateNormal_merge(vmath_PDFMultivariateNormal* pdf,
     }
     if (other->state->isBehind) {
         const UpToDateCopy copy(*other);
-        return vxStatus::isFailure(copy.status()) ? copy.status()
-                                                  : vmath_PDFMultivariateNormal_merge(pdf, &copy.record());
+        return vxStatus::isFailure(copy.status())
+                   ? copy.status()
+                   : guarded([&] { return mergeStatistics(*pdf, copy.record()); });
     }
     return guarded([&] { return mergeStatistics(*pdf, *other); });
 }
@@ -451,10 +457,7 @@ long vmath_PDFMultivariateNormal_logValue(const vmath_PDFMultivariateNormal* pdf
         const UpToDateCopy copy(*pdf);
         return vxStatus::isFailure(copy.status())
                    ? copy.status()
-                   : vmath_PDFMultivariateNormal_logValue(&copy.record(), pattern, result);
+                   : guarded([&] { return logValueOf(copy.record(), *pattern, *result); });
     }
-    return guarded([&] {
-        return pdf->state->isPrepared ? logValueOf(pdf->state->prepared, *pattern, *result)
-                                      : logValueOf(prepare(*pdf), *pattern, *result);
-    });
+    return guarded([&] { return logValueOf(*pdf, *pattern, *result); });
 }

@@ -68,6 +68,7 @@ vx_CategoryModelBayesian::vx_CategoryModelBayesian(long label,
 vx_CategoryModelBayesian::vx_CategoryModelBayesian(const vx_CategoryModelBayesian&) = default;
 vx_CategoryModelBayesian::~vx_CategoryModelBayesian() = default;
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): all is copied before anything is replaced.
 vx_CategoryModelBayesian& vx_CategoryModelBayesian::operator=(const vx_CategoryModelBayesian& other) {
     std::vector<std::vector<long>> sets = other.dependencySets_;
     std::vector<PdfHandle> pdfs = other.pdfs_;

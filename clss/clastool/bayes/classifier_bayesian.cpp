@@ -133,7 +133,7 @@ vxPtrHandle<vx_CategoryModelBayesian>
 vx_ClassifierBayesian::addModel(long label, const vxClassifierTrainParamsBayesian& params,
                                 long numMeasurements) {
     const detail::ModelLayout layout(params.distributionTypes(), label, numMeasurements);
-    const vxPtrHandle<vx_CategoryModelBayesian> model(
+    vxPtrHandle<vx_CategoryModelBayesian> model(
         new vx_CategoryModelBayesian(label, layout.sets(), layout.types(), params.maxMeasurementValues()));
     detail::makeRoomForRow(categoryLabels_, categoryModels_);
     categoryLabels_.push_back(label);

@@ -10,6 +10,7 @@ void Learner::learn(const vxPtrHandle_const<vxFeaturePattern>& pattern) {
         return;
     }
     // A model of the application's may do anything, even take the pattern out of its provider.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): for that the pattern must live on.
     const vxPtrHandle_const<vxFeaturePattern> kept = pattern;
     auto* own = dynamic_cast<vx_CategoryModelBayesian*>(model_.get());
     if (own == nullptr) {

@@ -83,6 +83,7 @@ vx_PDFMultivariateNormal::vx_PDFMultivariateNormal(const vx_PDFMultivariateNorma
     vfThrowExceptionOnFailure(vmath_PDFMultivariateNormal_constructCopy(&pdf_, &other.pdf_));
 }
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the record sees to it.
 vx_PDFMultivariateNormal& vx_PDFMultivariateNormal::operator=(const vx_PDFMultivariateNormal& other) {
     tellOfChange();
     vfThrowExceptionOnFailure(vmath_PDFMultivariateNormal_assign(&pdf_, &other.pdf_));

@@ -17,8 +17,8 @@ namespace detail {
 /// a complete pattern lie next to each other.
 inline bool areConsecutive(const std::vector<long>& indices) noexcept {
     return !indices.empty() && indices.front() >= 0 &&
-           std::adjacent_find(indices.begin(), indices.end(), [](long a, long b) { return b - 1 != a; }) ==
-               indices.end();
+           std::adjacent_find(indices.begin(), indices.end(),
+                              [](long a, long b) { return a >= b || b - a != 1; }) == indices.end();
 }
 
 /// The measurements of a pattern at given indices, in their order. One that is invalid or lies past the

@@ -143,6 +143,7 @@ void fill(const double* classScores, const double* costs, const std::size_t* ran
         matchScores[i] = places[i].matchScore();
     }
     for (std::size_t i = 0; i < size; ++i) {
+        // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): the loop above has filled both.
         places[ranks[i]] = vxClassifierCategoryResult(labels[i], matchScores[i], classScores[i], costs[i]);
     }
 }

@@ -31,7 +31,7 @@ struct Layout {
     std::size_t numMeasurements = 0;
     std::size_t numMarks = 0;
 
-    std::size_t measurements() const noexcept { return levels + vectorHead; }
+    static constexpr std::size_t measurements() noexcept { return levels + vectorHead; }
     std::size_t secondHead() const noexcept { return measurements() + numMeasurements * sizeof(double); }
     std::size_t marks() const noexcept { return secondHead() + vectorHead; }
     std::size_t size() const noexcept { return marks() + numMarks; }
@@ -90,7 +90,7 @@ bool vxFeaturePattern::storeWhole_(StoringCore& core) const {
     to[1] = 0;
     to[levels] = 0;
     detail::putLittleEndian(to + levels + 1, static_cast<std::uint32_t>(layout.numMeasurements));
-    detail::putDoubles(to + layout.measurements(), measurements_.data(), layout.numMeasurements);
+    detail::putDoubles(to + Layout::measurements(), measurements_.data(), layout.numMeasurements);
     to[layout.secondHead()] = 0;
     detail::putLittleEndian(to + layout.secondHead() + 1, static_cast<std::uint32_t>(layout.numMarks));
     validity_.put(to + layout.marks(), layout.numMeasurements);
@@ -106,7 +106,7 @@ bool vxFeaturePattern::loadWhole_(LoadingCore& core) {
     }
     detail::PatternObservation::changed(*this);
     measurements_.resize(layout.numMeasurements); // the one step that may fail
-    detail::getDoubles(measurements_.data(), from + layout.measurements(), layout.numMeasurements);
+    detail::getDoubles(measurements_.data(), from + Layout::measurements(), layout.numMeasurements);
     validity_ = detail::ValidityMarks(from + layout.marks(), layout.numMarks, layout.numMeasurements);
     core.getBlock(layout.size());
     return true;

@@ -38,7 +38,7 @@ ValidityMarks::ValidityMarks(const unsigned char* bytes, std::size_t count, std:
         return;
     }
     for (std::size_t i = countTrue(bytes, numInline); i < numInline; ++i) {
-        word_ |= std::uint64_t{bytes[i] == 0} << (i + 1);
+        word_ |= (bytes[i] == 0 ? std::uint64_t{1} : 0) << (i + 1);
     }
 }
 

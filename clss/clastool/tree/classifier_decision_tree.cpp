@@ -27,6 +27,7 @@ vx_ClassifierDecisionTree::vx_ClassifierDecisionTree() noexcept = default;
 vx_ClassifierDecisionTree::vx_ClassifierDecisionTree(const vx_ClassifierDecisionTree&) noexcept = default;
 
 vx_ClassifierDecisionTree&
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): shares are taken before others are given back.
 vx_ClassifierDecisionTree::operator=(const vx_ClassifierDecisionTree& other) noexcept {
     beginAssignment_();
     vx_Classifier::operator=(other);

@@ -13,6 +13,10 @@
 
 namespace detail {
 
+// The measurement of a place says which member of its union holds; a variant would need room of its own for
+// that.
+// NOLINTBEGIN(cppcoreguidelines-pro-type-union-access)
+
 namespace {
 
 /// The places of trees that lie on several paths. While an archive is read it shares every object, so each
@@ -201,7 +205,7 @@ const vxDecisionTreeLeaf& FlatTree::leafFor(const vxFeaturePattern& pattern) con
 
 /// At a place that has no question: the walk ends, or goes on over the objects.
 const vxDecisionTreeLeaf& FlatTree::arriveAt(const Place& place, const vxFeaturePattern& pattern,
-                                             bool isChecked) const {
+                                             bool isChecked) {
     if (place.measurement == isOther) {
         if (place.other == nullptr) {
             throw vxBadPointer();
@@ -214,5 +218,7 @@ const vxDecisionTreeLeaf& FlatTree::arriveAt(const Place& place, const vxFeature
     }
     return *place.end.leaf;
 }
+
+// NOLINTEND(cppcoreguidelines-pro-type-union-access)
 
 } // namespace detail

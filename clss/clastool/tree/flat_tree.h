@@ -59,8 +59,8 @@ private:
     static constexpr std::uint32_t isJump = 0xfffffffdU; // to a branch that is shared and stands elsewhere
     static constexpr std::uint32_t firstMark = isJump;
 
-    const vxDecisionTreeLeaf& arriveAt(const Place& place, const vxFeaturePattern& pattern,
-                                       bool isChecked) const;
+    static const vxDecisionTreeLeaf& arriveAt(const Place& place, const vxFeaturePattern& pattern,
+                                              bool isChecked);
 
     std::vector<Place> places_;                              // the top first
     std::uint64_t changes_ = QuestionObservation::changes(); // of observed parts, up to the laying out
