@@ -171,6 +171,23 @@ TEST(ArchiveHandle, ObjectsThatReferToEachOtherInACircleAreRefused) {
     second->right.reset();
 }
 
+TEST(ArchiveHandle, ACircleIsRefusedBehindObjectsOfTheSameClass) {
+    const NodeHandle first = newNode(1);
+    const NodeHandle second = newNode(2, {}, first);
+    first->left = second;
+    NodeHandle itself = newNode(3);
+    itself->left = itself;
+    for (NodeHandle circle : {first, itself}) {
+        vxStoringArchive archive;
+        NodeHandle before = newNode(4);
+        archive || before;
+        EXPECT_ERROR(archive || circle, vxArchive::BadReference,
+                     L"The objects to be stored refer to each other in a circle.");
+    }
+    first->left.reset();
+    itself->left.reset();
+}
+
 TEST(ArchiveHandle, TheArchiveKeepsStoredObjectsUntilItIsFinished) {
     NodeHandle node = newNode(1);
     vxStoringArchive archive;

@@ -1,5 +1,11 @@
 #include "platform/archive/stamps.h"
 
+#include "platform/archive/persistent_access.h"
+#include "platform/archive/tracking_mark.h"
+#include "tests/platform/archive/test_objects.h"
+
+#include <vxclassifier/platform/archive.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -63,6 +69,53 @@ TEST(Stamps, TheyGoOnBehindTheLastOfAll) {
         EXPECT_EQ(stamps.placeOf(stamps.at(far)), far);
         EXPECT_EQ(stamps.placeOf(0), Stamps::none);
     }
+}
+
+std::uint32_t stampOf(const vxPersistent& object) {
+    return detail::TrackingMark::stampOf(detail::PersistentAccess::tracking(object));
+}
+
+/// Gives stamps away until `next` is the next one. As 0 is left out, 16 comes when all have been given.
+void giveAwayUpTo(std::uint32_t next) {
+    const std::uint32_t end = next == 16 ? 0 : next;
+    std::uint32_t given = 0;
+    do {
+        Stamps stamps;
+        std::uint32_t place = 0;
+        std::uint32_t size = 16; // of the next block
+        do {
+            given = stamps.at(place) + size;
+            place += size;
+            size *= 2;
+        } while (size <= end - given && size <= 0 - given && place < std::uint32_t{1} << 29);
+    } while (given != end);
+}
+
+TEST(Stamps, ThoseOfAnArchiveThatOutlivedAllOthersAreNotTakenForOnesOwn) {
+    using Handle = vxPtrHandle<test::Node>;
+    Handle old(new test::Node(1));
+    Handle fresh(new test::Node(2));
+    vxStoringArchive first;
+    first || old;
+    const std::uint32_t stamp = stampOf(*old);
+    ASSERT_NE(stamp, 0U);
+    giveAwayUpTo(stamp);
+
+    vxStoringArchive second;
+    second || fresh;
+    ASSERT_EQ(stampOf(*fresh), stamp) << "the same one again";
+    second || old;
+    second || old;
+    second.finish();
+    vxLoadingArchive loading(second.bytes());
+    Handle loaded[3];
+    loading || loaded[0];
+    loading || loaded[1];
+    loading || loaded[2];
+    loading.finish();
+    EXPECT_EQ(loaded[0]->value, 2);
+    EXPECT_EQ(loaded[1]->value, 1);
+    EXPECT_EQ(loaded[1].get(), loaded[2].get());
 }
 
 } // namespace
