@@ -10,6 +10,7 @@
 #include <vxclassifier/platform/text.h>
 
 #include <algorithm>
+#include <limits>
 #include <new>
 #include <typeinfo>
 
@@ -143,10 +144,12 @@ void vx_CategoryModelBayesian::adapt(const vxFeaturePattern& pattern, vxDiagObje
 }
 
 std::int64_t vx_CategoryModelBayesian::numUsed() const noexcept {
+    constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
     std::int64_t used = 0;
     for (const std::vector<long>& set : dependencySets_) {
         for (const std::int64_t index : set) {
-            used = std::max(used, index + 1);
+            // No pattern has a measurement at the largest index, and none is one more than it.
+            used = std::max(used, index < largest ? index + 1 : largest);
         }
     }
     return used;

@@ -57,6 +57,19 @@ vxClassifierResult expectedResult(const std::vector<double>& s, const std::vecto
                               factorLog);
 }
 
+/// One more than the largest index is no number.
+TEST(ClassifierBayesianRun, TheLargestIndexOfAllIsOnlyOnePastThePattern) {
+    const auto ofDependent = [](long index) {
+        Types types = normalTypes();
+        types.setDependent(5, {1, index});
+        OpenBayesian classifier;
+        classifier.train(dataOf(twoCategories()), paramsOf(types));
+        return outcomeOf([&] { resultOf(classifier, patternOf({2.0, 7.0})); });
+    };
+    EXPECT_NE(ofDependent(2), L"");
+    EXPECT_EQ(ofDependent(std::numeric_limits<long>::max()), ofDependent(2));
+}
+
 TEST(ClassifierBayesianRun, TheResultIsTheDefinitionToTheLastBit) {
     vxClassifierFrequencies frequencies(2.0);
     frequencies.categoryFrequencyOverride(1, 0.125);
