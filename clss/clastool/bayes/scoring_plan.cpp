@@ -40,7 +40,7 @@ ScoringPlan::Kind ScoringPlan::add(const std::vector<long>& set, vx_ProbabilityD
     auto& normal = static_cast<vx_PDFMultivariateNormal&>(*density);
     numUsed_ = std::max(numUsed_, 1 + *std::max_element(set.begin(), set.end()));
     const NormalDensity* const ready = readyDensity(normal.pdf_, static_cast<long>(set.size()));
-    if (ready != nullptr && IndependentNormals::canTake(*ready) && set.size() == 1) {
+    if (ready != nullptr && IndependentNormals::canTake(*ready)) { // so the set has one index, too
         singles_.append(*ready, static_cast<std::size_t>(set.front()));
         normal.tellChangesTo(freshness_);
         return Kind::single;

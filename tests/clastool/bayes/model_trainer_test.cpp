@@ -126,6 +126,21 @@ TEST(ModelTrainer, LeavesNearlyThatForManyPatterns) {
     EXPECT_NEAR(actual, expected, 1e-12);
 }
 
+TEST(ModelTrainer, TakesWhatASetNamesPastTheEndOfAPatternAsMissing) {
+    Types types = test::normalTypes();
+    types.setDependent(1, {1, 2});
+    const std::vector<test::Sample> samples = {{{1.0, 8.0}, 1}, {{3.0, 6.0}, 1}, {{2.0, 9.0}, 1}};
+    const std::vector<Types::DistributionType> normal(2, Types::eMultivariateNormal);
+    const vxPtrHandle<vx_CategoryModelBayesian> expected(
+        new vx_CategoryModelBayesian(1, {{0}, {1, 2}}, normal, patternOf({})));
+    for (const test::Sample& sample : samples) {
+        expected->adapt(patternOf(sample.first));
+    }
+    OpenBayesian classifier;
+    classifier.train_(dataOf(samples), paramsOf(types));
+    EXPECT_EQ(classifier, test::classifierOf({1}, {expected}));
+}
+
 TEST(ModelTrainer, LeavesWhatCameBeforeAFailure) {
     vxClassifierDataProviderMemory data = someData(450);
     // The joint set takes the pattern, the binomial refuses it.

@@ -207,6 +207,21 @@ TEST(ScoringPlan, OfWhatAnArchiveBroughtMeetsItsFailuresInTurn) {
     ofOne->updateWithData({patternOf({1.0}), patternOf({2.0})});
     const vxPtrHandle<vx_CategoryModel> mismatched = test::modelOf(4, 1, {{0, 1}}, {ofOne.get()});
     EXPECT_ERROR_CLASS(mismatched->matchScore(patternOf({1.0, 2.0})), vxStatusFailure);
+
+    const vxPtrHandle<vx_CategoryModel> ofNothing = test::modelOf(4, 1, {{}}, {ofOne.get()});
+    EXPECT_ERROR_CLASS(ofOne->logValue(patternOf({})), vxStatusFailure);
+    EXPECT_ERROR_CLASS(ofNothing->matchScore(patternOf({1.0})), vxStatusFailure);
+}
+
+/// No pattern has a measurement there, and one more than that index is no number.
+TEST(ScoringPlan, LeavesTheLargestIndexOfAllToTheModel) {
+    const std::vector<vxClassifierDistributionTypes::DistributionType> types(
+        2, vxClassifierDistributionTypes::eMultivariateNormal);
+    vx_CategoryModelBayesian model(1, {{0}, {std::numeric_limits<long>::max()}}, types, patternOf({}));
+    for (const double x : {1.0, 2.0, 4.0}) {
+        model.adapt(patternOf({x}));
+    }
+    EXPECT_ERROR_CLASS(model.matchScore(patternOf({3.0})), vxClassifierDefs::InsufficientTrainData);
 }
 
 class DerivedNormal : public vx_PDFMultivariateNormal {
