@@ -75,6 +75,16 @@ TEST(LogFactorials, OfNumbersBelow2Are0) {
     EXPECT_EQ(logs.ofM, 0.0);
 }
 
+TEST(Consecutive, AreIndicesThatFollowEachOtherFromNoneBelow0) {
+    for (const Indices& indices : {Indices{0}, Indices{7}, Indices{0, 1}, Indices{3, 4, 5}}) {
+        EXPECT_TRUE(detail::areConsecutive(indices));
+    }
+    for (const Indices& indices : {Indices{}, Indices{-1}, Indices{-1, 0, 1}, Indices{0, 2}, Indices{4, 3},
+                                   Indices{3, 3}, Indices{3, 4, 6}}) {
+        EXPECT_FALSE(detail::areConsecutive(indices));
+    }
+}
+
 struct Polls {
     long made = 0;
     long failAt = 0;
