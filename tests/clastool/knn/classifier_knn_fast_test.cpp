@@ -94,6 +94,22 @@ TEST(FastKNN, DecidesAsTheScanAfterEachIncrementalTraining) {
     }
 }
 
+TEST(FastKNN, DecidesAsTheScanWhenAPatternChangesBeforeAnIncrementalTraining) {
+    std::mt19937_64 engine(10);
+    const vxPtrHandle<vxFeaturePattern> changing(new vxFeaturePattern({9.0, 9.0, 9.0}, {}));
+    for (const long count : {100L, 500L}) {
+        *changing = vxFeaturePattern({9.0, 9.0, 9.0}, {});
+        Store store = randomStore(engine, count);
+        store.addData(changing, 60);
+        OpenKNN classifier = test::trained(store, params(vxPatternDistanceMetricNorm(2.0), 1));
+        *changing = vxFeaturePattern({-7.0, -7.0, -7.0}, {});
+        classifier.trainIncremental(*test::pattern({-9.0, -9.0, -9.0}), 61);
+        EXPECT_EQ(test::labels(test::run(classifier, {-7.5, -7.0, -7.0})), std::vector<long>{60});
+        EXPECT_EQ(test::labels(test::run(classifier, {-8.5, -9.0, -9.0})), std::vector<long>{61});
+        expectPlainResults(classifier, engine, 2.0, 1);
+    }
+}
+
 TEST(FastKNN, FindsAPatternThatWasJustTrained) {
     std::mt19937_64 engine(3);
     OpenKNN classifier = test::trained(randomStore(engine, 500), params(vxPatternDistanceMetricNorm(2.0), 1));
