@@ -105,9 +105,11 @@ double CompactSearch::sumOf(std::size_t index) const {
 
 /// Finds K patterns that are probably near and takes the limit from them.
 void CompactSearch::guessLimit() {
+    static_assert(guessNeighbors <= CompactPatterns::fewPatterns / blockSize * blockSize,
+                  "whatever has codes has so many patterns in whole blocks");
     tables_.resize(compact_.width() * CellFilter::tableSize);
     const std::size_t blocks = std::min(guessBlocks, count_ / blockSize);
-    if (k_ > guessNeighbors || k_ > blocks * blockSize) {
+    if (k_ > guessNeighbors) {
         return;
     }
     double least = sumOf(0);
