@@ -77,6 +77,8 @@ public:
     }
     /// Whether to ask also for what may take all the time.
     bool isPatient() const { return patient_; }
+    /// Whether the time is up, so that the operation before may have been interrupted.
+    bool isTimeUp() const { return over_; }
 
 private:
     static constexpr std::size_t memoryLimit = std::size_t{64} << 20;
