@@ -67,6 +67,17 @@ void printNumbers(const char* name) {
     throw std::invalid_argument(std::string("there is no part ") + name);
 }
 
+/// Lets the library take the processor for one without AVX2.
+void hideAvx2() {
+#if defined(__x86_64__) && defined(__GNUC__)
+    __builtin_cpu_init();
+    digest::hideAvx2();
+    if (__builtin_cpu_supports("avx2")) {
+        throw std::runtime_error("AVX2 cannot be hidden here");
+    }
+#endif
+}
+
 } // namespace
 
 int main(int argumentCount, char** arguments) {
@@ -74,9 +85,7 @@ int main(int argumentCount, char** arguments) {
         int next = 1;
         if (next < argumentCount && std::strcmp(arguments[next], "--without-avx2") == 0) {
             ++next;
-            if (!digest::hideAvx2()) {
-                throw std::runtime_error("AVX2 cannot be hidden here");
-            }
+            hideAvx2();
         }
         if (next < argumentCount) {
             printNumbers(arguments[next]);

@@ -4,8 +4,8 @@
 namespace digest {
 
 /// Lets the library, as far as this program is linked with its objects, take the processor for one without
-/// AVX2. Returns false if that could not be done.
-bool hideAvx2() noexcept;
+/// AVX2, once the compilers' record of the processor is filled.
+void hideAvx2() noexcept;
 
 } // namespace digest
 
