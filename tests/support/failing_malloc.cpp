@@ -1,21 +1,10 @@
 #include "tests/support/failing_malloc.h"
 
+#include "tests/support/replaces_malloc.h"
+
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
-
-#if defined(__has_feature)
-#define HAS_FEATURE(feature) __has_feature(feature)
-#else
-#define HAS_FEATURE(feature) 0
-#endif
-
-#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) &&                 \
-    !HAS_FEATURE(address_sanitizer) && !HAS_FEATURE(thread_sanitizer) && !HAS_FEATURE(memory_sanitizer)
-#define REPLACES_MALLOC 1
-#else
-#define REPLACES_MALLOC 0
-#endif
 
 namespace {
 
