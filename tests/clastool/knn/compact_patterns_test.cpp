@@ -335,6 +335,14 @@ TEST(CompactPatterns, AreDoneWithoutWhereMemoryIsShort) {
     EXPECT_EQ(CompactPatterns::copyOf(compact), nullptr);
 }
 
+TEST(CompactPatterns, AreNotMadeOfPatternsThatAreTooWide) {
+    const auto describeOne = [](std::size_t width) {
+        return CompactPatterns::describe(test::storeOf({1, Measurements(width, 1.0)}));
+    };
+    EXPECT_NE(describeOne(CompactPatterns::widest), nullptr);
+    EXPECT_EQ(describeOne(CompactPatterns::widest + 1), nullptr);
+}
+
 TEST(CompactPatterns, AreCopiedWithWhatTheyDescribe) {
     const Store store = test::storeOf({300, Measurements(4, 1.0)});
     const auto copy = CompactPatterns::copyOf(CompactPatterns::describe(store));

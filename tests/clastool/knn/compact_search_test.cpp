@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <numeric>
 #include <random>
 
 namespace {
@@ -128,6 +129,19 @@ TEST(CompactSearch, FindsWhatThePlainScanFindsAmongPatternsThatAreAllEquallyFar)
             searched.compare(Measurements(width, 0.0), 1.0, k);
             searched.compare(Measurements(width, 0.0), 2.0, k);
         }
+    }
+}
+
+/// So few patterns have no codes, and the search among them ends with the K-th that equals the query.
+TEST(CompactSearch, FindsTheFirstOfFewPatternsThatAllEqualTheQuery) {
+    const Searched searched(std::vector<Measurements>(190, {1.0, 2.0}));
+    for (const long k : {1L, 2L, 5L}) {
+        std::vector<long> first(static_cast<std::size_t>(k));
+        std::iota(first.begin(), first.end(), 0L);
+        for (const CellFilter* filter : allFilters()) {
+            EXPECT_EQ(searched.find(*test::pattern({1.0, 2.0}), 2.0, k, *filter), first);
+        }
+        searched.compare({1.0, 2.0}, 1.0, k);
     }
 }
 

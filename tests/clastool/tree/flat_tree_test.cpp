@@ -3,9 +3,12 @@
 #include "clss/clastool/tree/tree_walk.h"
 #include "tests/clastool/tree/tree_oracle.h"
 #include "tests/clastool/tree/trees.h"
+#include "tests/support/archives.h"
+#include "tests/support/expect_error.h"
 #include "tests/support/failing_allocation.h"
 
 #include <vxclassifier/classifier_decision_tree.h>
+#include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/platform/attention.h>
 #include <vxclassifier/platform/exception.h>
 
@@ -300,6 +303,27 @@ TEST(FlatTree, LaysASharedBranchOutOnce) {
     ASSERT_NE(flat, nullptr);
     EXPECT_EQ(flat->leafFor(test::patternOf({0.75})).categoryLabels(), std::vector<long>{1});
     EXPECT_EQ(flat->leafFor(test::patternOf({0.25})).categoryLabels(), std::vector<long>{1});
+}
+
+/// As a number without sign it would lie among the marks of the places that are no questions.
+TEST(FlatTree, LeavesALoadedNegativeIndexToItsPredicate) {
+    for (const long index : {-1L, -4L, -2147483648L}) {
+        vxRangePredicate loaded;
+        test::load(test::archiveOf([&](vxArchive& archive) {
+                       test::putBytes(archive, {0, 0, 0});
+                       vxRange full = vxRange::FullRange();
+                       std::vector<long> indices{index};
+                       archive || full;
+                       archive || indices;
+                   }),
+                   loaded);
+        const Predicate predicate(new vxRangePredicate(loaded));
+        const Tree tree = node(predicate, test::leaf({1}), test::leaf({2}));
+        const auto flat = FlatTree::of(*tree);
+        ASSERT_NE(flat, nullptr);
+        EXPECT_ERROR(flat->leafFor(test::patternOf({1.0})), vxClassifierDefs::BadIndex,
+                     L"Feature measurement indices must be >= 0");
+    }
 }
 
 TEST(FlatTree, RefusesAMissingBranchWhenAWalkComesToIt) {
