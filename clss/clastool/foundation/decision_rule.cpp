@@ -2,6 +2,7 @@
 
 #include "clss/clastool/foundation/override_access.h"
 #include "clss/clastool/foundation/stable_merge_sort.h"
+#include "platform/statistics/lanes.h"
 #include "platform/statistics/scratch.h"
 #include "platform/system/attention_check.h"
 
@@ -11,6 +12,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <new>
 
 namespace detail {
 
@@ -131,6 +133,13 @@ bool haveNotANumber(const double* values, std::size_t size) noexcept {
     return isAny;
 }
 
+/// Makes a category anew where it is. Assigning one that was made elsewhere moves it in larger pieces than it
+/// was written in, which waits until all of them have left the processor's store buffer.
+void replace(vxClassifierCategoryResult& place, long label, double matchScore, double classScore,
+             double expectedCost) {
+    new (&place) vxClassifierCategoryResult(label, matchScore, classScore, expectedCost);
+}
+
 /// Checks each category and puts it where it belongs.
 void fill(const double* classScores, const double* costs, const std::size_t* ranks,
           CategoryResults& categories) {
@@ -144,7 +153,7 @@ void fill(const double* classScores, const double* costs, const std::size_t* ran
     }
     for (std::size_t i = 0; i < size; ++i) {
         // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): the loop above has filled both.
-        places[ranks[i]] = vxClassifierCategoryResult(labels[i], matchScores[i], classScores[i], costs[i]);
+        replace(places[ranks[i]], labels[i], matchScores[i], classScores[i], costs[i]);
     }
 }
 
@@ -152,8 +161,7 @@ void fill(const double* classScores, const double* costs, const std::size_t* ran
 void fill(const double* classScores, const double* costs, CategoryResults& categories) {
     for (std::size_t i = 0; i < categories.size(); ++i) {
         vxClassifierCategoryResult& category = categories[i];
-        category = vxClassifierCategoryResult(category.categoryLabel(), category.matchScore(), classScores[i],
-                                              costs[i]);
+        replace(category, category.categoryLabel(), category.matchScore(), classScores[i], costs[i]);
     }
 }
 
@@ -184,23 +192,22 @@ bool isPlainPair(const CategoryResults& categories, const vxClassifierFrequencie
 /// The decision of a plain pair, step by step as for any number; the loops and their memory would take longer
 /// than the arithmetic. False, with nothing changed, if a sum is 0.
 bool decidePair(double prior, double cost, CategoryResults& categories) {
-    const vxClassifierCategoryResult a = categories[0];
-    const vxClassifierCategoryResult b = categories[1];
+    vxClassifierCategoryResult* const places = categories.data();
+    const long labels[] = {places[0].categoryLabel(), places[1].categoryLabel()};
+    const PairOfDoubles matchScores = {places[0].matchScore(), places[1].matchScore()};
     const double sumPrior = prior + prior;
-    const double weightA = a.matchScore() * prior / sumPrior;
-    const double weightB = b.matchScore() * prior / sumPrior;
-    const double sum = weightA + weightB;
+    const PairOfDoubles weights = matchScores * prior / sumPrior;
+    const double sum = weights[0] + weights[1];
     if (sumPrior == 0.0 || sum == 0.0) {
         return false;
     }
-    const double riskA = (0.0 + cost * weightB) / sum; // added to 0, -0 becomes 0
-    const double riskB = (0.0 + cost * weightA) / sum;
+    const PairOfDoubles classScores = weights / sum;
+    const PairOfDoubles others = {weights[1], weights[0]};
+    const PairOfDoubles risks = (0.0 + cost * others) / sum; // added to 0, -0 becomes 0
     // The second one comes first only if it costs less, which NaN does not.
-    const std::size_t placeOfA = riskB < riskA ? 1 : 0;
-    const vxClassifierCategoryResult decidedA(a.categoryLabel(), a.matchScore(), weightA / sum, riskA);
-    const vxClassifierCategoryResult decidedB(b.categoryLabel(), b.matchScore(), weightB / sum, riskB);
-    categories[placeOfA] = decidedA;
-    categories[1 - placeOfA] = decidedB;
+    const std::size_t placeOfFirst = risks[1] < risks[0] ? 1 : 0;
+    replace(places[placeOfFirst], labels[0], matchScores[0], classScores[0], risks[0]);
+    replace(places[1 - placeOfFirst], labels[1], matchScores[1], classScores[1], risks[1]);
     return true;
 }
 
@@ -227,13 +234,11 @@ void orderByExpectedCost(CategoryResults& results) {
     });
 }
 
-void decide(const vxClassifierFrequencies& frequencies, const vxClassifierCosts& costs,
-            CategoryResults& categories) {
-    if (isPlainPair(categories, frequencies, costs) &&
-        decidePair(frequencies.defaultCategoryFrequency(), costs.defaultMisclassificationCost(),
-                   categories)) {
-        return;
-    }
+namespace {
+
+/// The general case; a room of its own since it needs much of the stack.
+[[gnu::noinline]] void decideAny(const vxClassifierFrequencies& frequencies, const vxClassifierCosts& costs,
+                                 CategoryResults& categories) {
     requireUniqueLabels(categories);
     const std::size_t size = categories.size();
     Scratch<double> scratch(2 * size);
@@ -258,6 +263,17 @@ void decide(const vxClassifierFrequencies& frequencies, const vxClassifierCosts&
         weights[i + 1] /= sum;
     }
     fillInOrder(weights, risks, categories);
+}
+
+} // namespace
+
+void decide(const vxClassifierFrequencies& frequencies, const vxClassifierCosts& costs,
+            CategoryResults& categories) {
+    if (!isPlainPair(categories, frequencies, costs) ||
+        !decidePair(frequencies.defaultCategoryFrequency(), costs.defaultMisclassificationCost(),
+                    categories)) {
+        decideAny(frequencies, costs, categories);
+    }
 }
 
 } // namespace detail
