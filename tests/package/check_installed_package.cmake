@@ -1,5 +1,5 @@
-# Installs the built library, moves what was installed, and builds and runs two programs against it, the first one of the
-# README among them: once through find_package and once through pkg-config with a plain compiler command.
+# Installs the built library, moves what was installed, and builds and runs three programs against it, two of them made of what
+# stands in the README: once through find_package and once through pkg-config with a plain compiler command.
 #
 # Expects: build_dir, config, work_dir, source_dir (this folder), readme, compiler, compiler_flags, generator,
 # make_program, libdir (relative to the prefix), version, soversion.
@@ -23,8 +23,23 @@ function(read_first_program)
     set(promised_output "${CMAKE_MATCH_2}\n" PARENT_SCOPE)
 endfunction()
 
+# Sets `storing_program` to the first program with the README's lines that store and load a tool at its end. What it returns says
+# whether the loaded tool is equal to the stored one.
+function(read_storing_program)
+    file(READ "${readme}" text)
+    if(NOT text MATCHES "\n```cpp\n([^`]*storing.finish[^`]*)```\n\n```cpp\n([^`]*loading.finish[^`]*)```\n")
+        message(FATAL_ERROR "no lines that store and load were found in ${readme}")
+    endif()
+    set(storing "${CMAKE_MATCH_1}")
+    set(loading "${CMAKE_MATCH_2}")
+    string(REGEX REPLACE "}\n$" "" begin "${program}")
+    set(storing_program "${begin}${storing}const vxClassifierTool& stored = tool;\n{\n${loading}return tool == stored ? 0 : 1;\n}\n}\n"
+        PARENT_SCOPE)
+endfunction()
+
 function(expect_output program expected)
-    run("running ${program}" "${CMAKE_COMMAND}" -E env "LD_LIBRARY_PATH=${prefix}/${libdir}" "${program}")
+    run("running ${program}" "${CMAKE_COMMAND}" -E chdir "${work_dir}" "${CMAKE_COMMAND}" -E env
+        "LD_LIBRARY_PATH=${prefix}/${libdir}" "${program}")
     if(NOT output STREQUAL expected)
         message(FATAL_ERROR "${program} printed:\n${output}instead of:\n${expected}")
     endif()
@@ -33,6 +48,7 @@ endfunction()
 function(run_programs folder)
     expect_output("${folder}/round_trip" "refused: The archive ends too early.\n")
     expect_output("${folder}/first_program" "${promised_output}")
+    expect_output("${folder}/storing_program" "${promised_output}")
 endfunction()
 
 file(REMOVE_RECURSE "${work_dir}")
@@ -50,6 +66,9 @@ endforeach()
 read_first_program()
 set(first_program "${work_dir}/first_program.cpp")
 file(WRITE "${first_program}" "${program}")
+read_storing_program()
+set(storing_program_file "${work_dir}/storing_program.cpp")
+file(WRITE "${storing_program_file}" "${storing_program}")
 
 # Through find_package. Its own warnings would be a defect of the headers, so they are errors.
 separate_arguments(flags UNIX_COMMAND "${compiler_flags}")
@@ -58,7 +77,8 @@ run("configuring the consumer"
     "${CMAKE_COMMAND}" -S "${source_dir}/consumer" -B "${cmake_build}" -G "${generator}"
     "-DCMAKE_MAKE_PROGRAM=${make_program}" "-DCMAKE_BUILD_TYPE=${config}" "-DCMAKE_CXX_COMPILER=${compiler}"
     "-DCMAKE_CXX_FLAGS=${compiler_flags} -Wall -Wextra -Werror" "-DCMAKE_PREFIX_PATH=${prefix}"
-    "-Dexpected_version=${version}" "-Dfirst_program=${first_program}")
+    "-Dexpected_version=${version}" "-Dfirst_program=${first_program}"
+    "-Dstoring_program=${storing_program_file}")
 run("building the consumer" "${CMAKE_COMMAND}" --build "${cmake_build}")
 file(STRINGS "${cmake_build}/CMakeCache.txt" found REGEX "^vxclassifier_DIR:PATH=")
 if(NOT found STREQUAL "vxclassifier_DIR:PATH=${prefix}/${libdir}/cmake/vxclassifier")
@@ -76,7 +96,7 @@ endif()
 run("asking pkg-config for the flags" pkg-config --cflags --libs vxclassifier)
 separate_arguments(package_flags UNIX_COMMAND "${output}")
 file(MAKE_DIRECTORY "${work_dir}/through pkg-config")
-foreach(source "${source_dir}/consumer/round_trip.cpp" "${first_program}")
+foreach(source "${source_dir}/consumer/round_trip.cpp" "${first_program}" "${storing_program_file}")
     cmake_path(GET source STEM name)
     run("building ${name} with pkg-config's flags"
         "${compiler}" ${flags} -std=c++17 -Wall -Wextra -Werror "${source}" -o "${work_dir}/through pkg-config/${name}"
