@@ -35,7 +35,9 @@ public:
     /// first index that is negative or not below the number of measurements.
     vxFeaturePattern(const std::vector<double>& measurements, const std::vector<long>& invalidIndices);
     vxFeaturePattern(const vxFeaturePattern& other);
-    /// If this throws for want of memory, nothing has changed.
+    /// If this throws for want of memory, nothing has changed. Assigning to a pattern that a trained
+    /// classifier shares makes the nearest-neighbour searches of the process slow until they are trained or
+    /// loaded again.
     vxFeaturePattern& operator=(const vxFeaturePattern& other);
     ~vxFeaturePattern() override;
 
