@@ -48,6 +48,13 @@ TEST(NormSums, BeyondTheLimitTheDistanceIsGreater) {
     }
 }
 
+TEST(NormSums, TheLimitGrowsWithWhatSoManyTermsMayLoseByRounding) {
+    for (const std::size_t width : {1UL, 16UL, 1000UL, 1UL << 20}) {
+        const double leastMargin = (2.0 * static_cast<double>(width) + 41.0) * 0x1p-52;
+        EXPECT_GE(detail::sumLimit(1.0, width), 1.0 + leastMargin) << width << " measurements";
+    }
+}
+
 TEST(NormSums, TheLimitIsNotFarFromTheSum) {
     EXPECT_GT(detail::sumLimit(1.0, 16), 1.0);
     EXPECT_LT(detail::sumLimit(1.0, 16), 1.0 + 1e-12);
