@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 // Published results have the same bits on every processor. So vector code here works on independent numbers
@@ -37,12 +38,14 @@ inline void fillLastLanes(double* values, std::size_t padded) noexcept {
 /// have no calling convention on processors without them.
 template <class Vector>
 struct Register {
+    using Numbers = Vector;
     static constexpr std::size_t size = sizeof(Vector) / sizeof(double);
 
     VXCLASSIFIER_INLINE void load(const double* from) noexcept {
         std::memcpy(&numbers, from, sizeof numbers);
     }
     VXCLASSIFIER_INLINE void store(double* to) const noexcept { std::memcpy(to, &numbers, sizeof numbers); }
+    VXCLASSIFIER_INLINE void add(const Register& other) noexcept { numbers += other.numbers; }
     VXCLASSIFIER_INLINE void subtract(const Register& other) noexcept { numbers -= other.numbers; }
     VXCLASSIFIER_INLINE void multiply(const Register& other) noexcept { numbers *= other.numbers; }
     VXCLASSIFIER_INLINE void addProduct(const Register& factor, double other) noexcept {
@@ -55,8 +58,10 @@ struct Register {
     Vector numbers{};
 };
 
-template <class Half>
+template <class Part>
 struct Twice {
+    using Half = Part;
+    using Numbers = typename Half::Numbers;
     static constexpr std::size_t size = 2 * Half::size;
 
     VXCLASSIFIER_INLINE void load(const double* from) noexcept {
@@ -66,6 +71,10 @@ struct Twice {
     VXCLASSIFIER_INLINE void store(double* to) const noexcept {
         low.store(to);
         high.store(to + Half::size);
+    }
+    VXCLASSIFIER_INLINE void add(const Twice& other) noexcept {
+        low.add(other.low);
+        high.add(other.high);
     }
     VXCLASSIFIER_INLINE void subtract(const Twice& other) noexcept {
         low.subtract(other.low);
@@ -90,6 +99,55 @@ struct Twice {
 
 using PairOfDoubles = double __attribute__((vector_size(16)));
 using QuadOfDoubles = double __attribute__((vector_size(32)));
+
+template <class Vector>
+struct BitsOf;
+template <>
+struct BitsOf<PairOfDoubles> {
+    using Type = std::uint64_t __attribute__((vector_size(16)));
+};
+template <>
+struct BitsOf<QuadOfDoubles> {
+    using Type = std::uint64_t __attribute__((vector_size(32)));
+};
+
+/// Looks at many numbers for one that is larger in size than a limit: without their signs, doubles are
+/// ordered as their bits are, and NaN is larger than any number. For inlining only, too.
+template <class Vector>
+class SizeCheck {
+public:
+    VXCLASSIFIER_INLINE explicit SizeCheck(double limit) noexcept {
+        std::uint64_t bits = 0;
+        std::memcpy(&bits, &limit, sizeof bits);
+        limit_ += bits;
+    }
+
+    VXCLASSIFIER_INLINE void look(const Register<Vector>& numbers) noexcept {
+        constexpr std::uint64_t magnitude = 0x7fffffffffffffff;
+        Bits bits;
+        std::memcpy(&bits, &numbers.numbers, sizeof bits);
+        borrows_ |= limit_ - (bits & magnitude);
+    }
+    template <class Half>
+    VXCLASSIFIER_INLINE void look(const Twice<Half>& numbers) noexcept {
+        look(numbers.low);
+        look(numbers.high);
+    }
+
+    VXCLASSIFIER_INLINE bool areAllWithin() const noexcept {
+        std::uint64_t borrows = 0;
+        for (std::size_t i = 0; i < sizeof(Bits) / sizeof borrows; ++i) {
+            borrows |= borrows_[i];
+        }
+        return borrows >> 63 == 0;
+    }
+
+private:
+    using Bits = typename BitsOf<Vector>::Type;
+
+    Bits limit_{};
+    Bits borrows_{};
+};
 
 // The eight lanes in the registers of every processor, and in those of processors with AVX2.
 using NarrowLanes = Twice<Twice<Register<PairOfDoubles>>>;

@@ -1,10 +1,6 @@
 #include "platform/statistics/sample_block.h"
 
-#include "platform/statistics/sample_block_kernel.h"
-
 #include <algorithm>
-#include <cmath>
-#include <cstring>
 
 namespace detail {
 
@@ -12,42 +8,6 @@ namespace {
 
 // Products of differences up to here, and sums of as many as a block has, do not overflow.
 constexpr double largestDifference = 1e150;
-
-std::uint64_t bitsOf(double number) noexcept {
-    std::uint64_t bits = 0;
-    std::memcpy(&bits, &number, sizeof bits);
-    return bits;
-}
-
-/// Adding to the lowest bit of an exponent of ones, and to no other, carries into the sign.
-bool areFinite(const double* values, std::size_t size) noexcept {
-    constexpr std::uint64_t exponent = 0x7ff0000000000000;
-    constexpr std::uint64_t lowestOfExponent = 0x0010000000000000;
-    std::uint64_t carries = 0;
-    for (std::size_t i = 0; i < size; ++i) {
-        carries |= (bitsOf(values[i]) & exponent) + lowestOfExponent;
-    }
-    return carries >> 63 == 0;
-}
-
-/// Positive doubles are ordered as their bits are.
-bool areModerate(const double* differences, std::size_t number) noexcept {
-    constexpr std::uint64_t magnitude = 0x7fffffffffffffff;
-    const std::uint64_t most = bitsOf(largestDifference);
-    std::uint64_t borrows = 0;
-    for (std::size_t i = 0; i < number; ++i) {
-        borrows |= most - (bitsOf(differences[i]) & magnitude);
-    }
-    return borrows >> 63 == 0;
-}
-
-void subtract(const double* __restrict values, const double* __restrict means, const double* __restrict rests,
-              double* __restrict differences, double* __restrict sums, std::size_t size) noexcept {
-    for (std::size_t i = 0; i < size; ++i) {
-        differences[i] = (values[i] - means[i]) - rests[i];
-        sums[i] += differences[i];
-    }
-}
 
 template <class Lanes>
 VXCLASSIFIER_INLINE void enterIn(const BlockDifferences& block, const BlockWeights& weights,
@@ -62,6 +22,18 @@ VXCLASSIFIER_AVX2 void enterInWideLanes(const BlockDifferences& block, const Blo
                                         const vmath_nmmatrix& covariance, PackedLower& rest) noexcept {
     enterIn<WideLanes>(block, weights, covariance, rest);
 }
+
+VXCLASSIFIER_AVX2 bool takeSampleInWideLanes(const double* values, std::size_t size, double* row) noexcept {
+    return takeSampleIn<WideLanes>(values, size, row);
+}
+
+VXCLASSIFIER_AVX2 bool makeDifferencesInWideLanes(const double* samples, std::size_t numSamples,
+                                                  std::size_t stride, const double* means,
+                                                  const double* rests, double* differences,
+                                                  double* sums) noexcept {
+    return makeDifferencesIn<WideLanes>(samples, numSamples, stride, means, rests, largestDifference,
+                                        differences, sums);
+}
 #endif
 
 void enter(const BlockDifferences& block, const BlockWeights& weights, const vmath_nmmatrix& covariance,
@@ -75,11 +47,31 @@ void enter(const BlockDifferences& block, const BlockWeights& weights, const vma
     enterIn<NarrowLanes>(block, weights, covariance, rest);
 }
 
+bool takeSample(const double* values, std::size_t size, double* row) noexcept {
+#if VXCLASSIFIER_HAS_AVX2
+    if (hasAvx2()) {
+        return takeSampleInWideLanes(values, size, row);
+    }
+#endif
+    return takeSampleIn<NarrowLanes>(values, size, row);
+}
+
+bool makeDifferencesOf(const double* samples, std::size_t numSamples, std::size_t stride, const double* means,
+                       const double* rests, double* differences, double* sums) noexcept {
+#if VXCLASSIFIER_HAS_AVX2
+    if (hasAvx2()) {
+        return makeDifferencesInWideLanes(samples, numSamples, stride, means, rests, differences, sums);
+    }
+#endif
+    return makeDifferencesIn<NarrowLanes>(samples, numSamples, stride, means, rests, largestDifference,
+                                          differences, sums);
+}
+
 } // namespace
 
 void SampleBlock::reserve(std::size_t size) {
-    if (samples_.empty() || size != size_) {
-        samples_.assign((2 * maxSamples + 3) * paddedToLanes(size), 0.0);
+    if (rows_.empty() || size != size_) {
+        rows_.assign(RowOf::end * paddedToLanes(size), 0.0);
         size_ = size;
         stride_ = paddedToLanes(size);
     }
@@ -87,34 +79,33 @@ void SampleBlock::reserve(std::size_t size) {
 
 void SampleBlock::add(const double* values, double factor) noexcept {
     double* const own = sample(numSamples_);
-    if (factor == 1.0) {
-        std::copy_n(values, size_, own);
-    } else {
+    if (factor != 1.0) {
         std::transform(values, values + size_, own, [factor](double value) { return value / factor; });
+        values = own;
     }
-    if (areFinite(own, size_)) {
+    if (takeSample(values, size_, own)) {
         ++numSamples_;
     }
 }
 
 bool SampleBlock::makeDifferences(const vmath_PDFMultivariateNormal& pdf,
                                   const StatisticsRest& rest) noexcept {
-    double* const differences = sample(maxSamples);
-    double* const sums = sample(2 * maxSamples);
-    double* const shifts = sums + stride_;
-    double* const means = shifts + stride_;
+    double* const means = row(RowOf::means);
+    double* const sums = row(RowOf::sums);
+    double* const shifts = row(RowOf::shifts);
     const double numAll = static_cast<double>(rest.numSamples) + static_cast<double>(numSamples_);
-    std::fill(differences + numSamples_ * stride_, shifts, 0.0);
     for (std::size_t i = 0; i < size_; ++i) {
         means[i] = pdf.mean.rows[i][0];
     }
-    for (std::size_t row = 0; row < numSamples_; ++row) {
-        subtract(sample(row), means, rest.mean.data(), differences + row * stride_, sums, size_);
-    }
+    std::copy_n(rest.mean.data(), size_, row(RowOf::restsOfMeans));
+    double* const differences = row(RowOf::differences);
+    const bool areModerate = makeDifferencesOf(sample(0), numSamples_, stride_, means,
+                                               row(RowOf::restsOfMeans), differences, sums);
+    std::fill(differences + numSamples_ * stride_, differences + maxSamples * stride_, 0.0);
     for (std::size_t i = 0; i < size_; ++i) {
         shifts[i] = sums[i] / numAll;
     }
-    return areModerate(differences, numSamples_ * stride_);
+    return areModerate;
 }
 
 void SampleBlock::moveInto(vmath_PDFMultivariateNormal& pdf, StatisticsRest& rest) noexcept {
@@ -125,9 +116,8 @@ void SampleBlock::moveInto(vmath_PDFMultivariateNormal& pdf, StatisticsRest& res
         moveOneByOne(pdf, rest);
         return;
     }
-    const double* const sums = sample(2 * maxSamples);
-    const BlockDifferences block = {sample(maxSamples),        maxSamples, stride_, sums, sums + stride_,
-                                    sample(2 * maxSamples + 2)};
+    const BlockDifferences block = {row(RowOf::differences), maxSamples,         stride_,
+                                    row(RowOf::sums),        row(RowOf::shifts), row(RowOf::products)};
     const double number = static_cast<double>(numSamples_);
     const double allLessOne = static_cast<double>(rest.numSamples) + number - 1.0;
     enter(block, {number / allLessOne, 1.0 / allLessOne}, pdf.covariance, rest.covariance);
@@ -140,7 +130,7 @@ void SampleBlock::moveInto(vmath_PDFMultivariateNormal& pdf, StatisticsRest& res
 
 void SampleBlock::moveOneByOne(vmath_PDFMultivariateNormal& pdf, StatisticsRest& rest) noexcept {
     for (std::size_t i = 0; i < numSamples_; ++i) {
-        enterPattern(pdf, rest, sample(i), 1.0, sample(maxSamples));
+        enterPattern(pdf, rest, sample(i), 1.0, row(RowOf::differences));
     }
     numSamples_ = 0;
 }

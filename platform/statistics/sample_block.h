@@ -2,6 +2,7 @@
 #define PLATFORM_STATISTICS_SAMPLE_BLOCK_H
 
 #include "platform/statistics/normal_statistics.h"
+#include "platform/statistics/sample_block_kernel.h"
 
 #include <vxclassifier/platform/pdf_multivariate_normal.h>
 
@@ -23,7 +24,7 @@ public:
 
     bool isFull() const noexcept { return numSamples_ == maxSamples; }
 
-    bool hasRoomFor(std::size_t size) const noexcept { return !samples_.empty() && size == size_; }
+    bool hasRoomFor(std::size_t size) const noexcept { return !rows_.empty() && size == size_; }
 
     /// Makes room for samples of `size` measurements. The block is empty.
     void reserve(std::size_t size);
@@ -36,16 +37,28 @@ public:
     void moveInto(vmath_PDFMultivariateNormal& pdf, StatisticsRest& rest) noexcept;
 
 private:
-    double* sample(std::size_t i) noexcept { return samples_.data() + i * stride_; }
+    /// Where the rows of each kind begin. Rows have a number for each measurement and are filled up with
+    /// zeros.
+    struct RowOf {
+        static constexpr std::size_t samples = 0;
+        static constexpr std::size_t differences = samples + maxSamples; // from the mean; missing ones are 0
+        static constexpr std::size_t sums = differences + maxSamples;    // of the differences
+        static constexpr std::size_t shifts = sums + 1;                  // of the mean
+        static constexpr std::size_t means = shifts + 1;
+        static constexpr std::size_t restsOfMeans = means + 1;
+        static constexpr std::size_t products = restsOfMeans + 1;
+        static constexpr std::size_t end = products + BlockDifferences::productRows;
+    };
+
+    double* row(std::size_t i) noexcept { return rows_.data() + i * stride_; }
+    double* sample(std::size_t i) noexcept { return row(RowOf::samples + i); }
     bool makeDifferences(const vmath_PDFMultivariateNormal& pdf, const StatisticsRest& rest) noexcept;
     void moveOneByOne(vmath_PDFMultivariateNormal& pdf, StatisticsRest& rest) noexcept;
 
     std::size_t size_ = 0;
     std::size_t stride_ = 0;
     std::size_t numSamples_ = 0;
-    // One row for each sample; a second one for each difference from the mean, the missing ones 0; and a row
-    // each for their sum, its share in the mean, and products. Rows are filled up with zeros.
-    std::vector<double> samples_;
+    std::vector<double> rows_; // of `stride_` numbers each
 };
 
 } // namespace detail

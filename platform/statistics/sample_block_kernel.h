@@ -3,7 +3,9 @@
 
 #include "platform/statistics/lanes.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <limits>
 
 namespace detail {
 
@@ -15,7 +17,10 @@ struct BlockDifferences {
     std::size_t stride;
     const double* sums;         // one row: the sums of the differences
     const double* shiftsOfMean; // one row: these divided by the number of all samples
-    double* products;           // one row of working memory
+    double* products;           // productRows rows of working memory
+
+    /// So many measurements at a time are multiplied with those behind them.
+    static constexpr std::size_t productRows = 4;
 };
 
 /// What is left of the old covariance, and what a sum of products adds to it.
@@ -24,46 +29,134 @@ struct BlockWeights {
     double ofProducts;
 };
 
-/// Puts the sums of products of one measurement with itself and those behind it into `products`. Each is a
-/// sum in the order of the samples.
+/// Copies a sample into a row. Says whether all of its values are finite.
 template <class Lanes>
-VXCLASSIFIER_INLINE void addUpProductsIn(const BlockDifferences& block, std::size_t measurement) noexcept {
-    for (std::size_t first = measurement / numLanes * numLanes; first < block.stride; first += numLanes) {
-        Lanes products;
-        for (std::size_t i = 0; i < block.numRows; ++i) {
-            const double* const row = block.rows + i * block.stride;
-            Lanes differences;
-            differences.load(row + first);
-            products.addProduct(differences, row[measurement]);
+VXCLASSIFIER_INLINE bool takeSampleIn(const double* values, std::size_t size, double* row) noexcept {
+    using Numbers = Register<typename Lanes::Numbers>;
+    SizeCheck<typename Lanes::Numbers> check(std::numeric_limits<double>::max());
+    Numbers numbers;
+    std::size_t i = 0;
+    for (; i + Numbers::size <= size; i += Numbers::size) {
+        numbers.load(values + i);
+        numbers.store(row + i);
+        check.look(numbers);
+    }
+    if (i < size) {
+        std::copy(values + i, values + size, row + i);
+        numbers.load(row + i); // with the zeros behind the sample
+        check.look(numbers);
+    }
+    return check.areAllWithin();
+}
+
+/// Makes the differences of samples from a mean, which is given as doubles and their rounding errors, and
+/// adds them up in the order of the samples. Says whether all differences are within the limit. All rows have
+/// zeros behind the measurements.
+template <class Lanes>
+VXCLASSIFIER_INLINE bool makeDifferencesIn(const double* samples, std::size_t numSamples, std::size_t stride,
+                                           const double* means, const double* rests, double limit,
+                                           double* differences, double* sums) noexcept {
+    SizeCheck<typename Lanes::Numbers> check(limit);
+    for (std::size_t i = 0; i < stride; i += numLanes) {
+        Lanes mean;
+        Lanes rest;
+        Lanes sum;
+        mean.load(means + i);
+        rest.load(rests + i);
+        for (std::size_t sample = 0; sample < numSamples; ++sample) {
+            Lanes numbers;
+            numbers.load(samples + sample * stride + i);
+            numbers.subtract(mean);
+            numbers.subtract(rest);
+            numbers.store(differences + sample * stride + i);
+            sum.add(numbers);
+            check.look(numbers);
         }
-        products.store(block.products + first);
+        sum.store(sums + i);
+    }
+    return check.areAllWithin();
+}
+
+/// Puts the sums of products of four measurements with themselves and those behind them into the four rows of
+/// products. Each is a sum in the order of the samples. Sixteen sums at a time stay in registers, and while
+/// one of them waits for its last addition the others get theirs.
+template <class Lanes>
+VXCLASSIFIER_INLINE void addUpProductsIn(const BlockDifferences& block, std::size_t measurement,
+                                         std::size_t size) noexcept {
+    using Four = typename Lanes::Half;
+    static_assert(Four::size == BlockDifferences::productRows, "tiles are squares");
+    for (std::size_t first = measurement; first < size; first += Four::size) {
+        Four sums0;
+        Four sums1;
+        Four sums2;
+        Four sums3;
+        const double* row = block.rows;
+        for (std::size_t i = 0; i < block.numRows; ++i) {
+            Four differences;
+            differences.load(row + first);
+            sums0.addProduct(differences, row[measurement]);
+            sums1.addProduct(differences, row[measurement + 1]);
+            sums2.addProduct(differences, row[measurement + 2]);
+            sums3.addProduct(differences, row[measurement + 3]);
+            row += block.stride;
+        }
+        double* const products = block.products + first;
+        sums0.store(products);
+        sums1.store(products + block.stride);
+        sums2.store(products + 2 * block.stride);
+        sums3.store(products + 3 * block.stride);
     }
 }
 
-/// Adds to averages that are kept as doubles and their rounding errors; no sum may overflow.
-VXCLASSIFIER_INLINE void addToAverage(double& average, double& rest, double increment) noexcept {
-    const double sum = average + increment;
-    const double part = sum - average;
-    const double error = (average - (sum - part)) + (increment - part);
-    const double wholeRest = rest + error;
+/// Adds to averages that are kept as numbers and their rounding errors, one at a time or many side by side;
+/// no sum may overflow.
+template <class Number>
+VXCLASSIFIER_INLINE void addToAverage(Number& average, Number& rest, const Number& increment) noexcept {
+    const Number sum = average + increment;
+    const Number part = sum - average;
+    const Number error = (average - (sum - part)) + (increment - part);
+    const Number wholeRest = rest + error;
     average = sum + wholeRest;
     rest = wholeRest - (average - sum);
 }
 
-/// Brings the covariances of one measurement with itself and those behind it up to date. The scatter around
-/// the old mean is that of all samples around the new one, and the shift of the mean.
-VXCLASSIFIER_INLINE void updateCovariances(const BlockDifferences& block, const BlockWeights& weights,
-                                           std::size_t measurement, std::size_t number,
-                                           double* __restrict covariances,
-                                           double* __restrict rests) noexcept {
+/// What a covariance becomes, or many do. The scatter around the old mean is that of all samples around the
+/// new one, and the shift of the mean.
+template <class Number>
+VXCLASSIFIER_INLINE void updateCovariance(const Number& product, const Number& sum, double shift,
+                                          const BlockWeights& weights, Number& covariance,
+                                          Number& rest) noexcept {
+    const Number scatter = product - sum * shift;
+    const Number lost = covariance * weights.ofOldLost;
+    const Number increment = (scatter * weights.ofProducts - lost) - rest * weights.ofOldLost;
+    addToAverage(covariance, rest, increment);
+}
+
+/// Brings the covariances of one measurement with itself and those behind it up to date; `products` has their
+/// sums of products.
+template <class Lanes>
+VXCLASSIFIER_INLINE void
+updateCovariancesIn(const BlockDifferences& block, const BlockWeights& weights, std::size_t measurement,
+                    std::size_t number, const double* products, double* covariances, double* rests) noexcept {
+    using Numbers = Register<typename Lanes::Numbers>;
     const double shift = block.shiftsOfMean[measurement];
-    const double* __restrict const products = block.products + measurement;
-    const double* __restrict const sums = block.sums + measurement;
-    for (std::size_t i = 0; i < number; ++i) {
-        const double scatter = products[i] - shift * sums[i];
-        const double lost = covariances[i] * weights.ofOldLost;
-        const double increment = (scatter * weights.ofProducts - lost) - rests[i] * weights.ofOldLost;
-        addToAverage(covariances[i], rests[i], increment);
+    const double* const sums = block.sums + measurement;
+    std::size_t i = 0;
+    for (; i + Numbers::size <= number; i += Numbers::size) {
+        Numbers product;
+        Numbers sum;
+        Numbers covariance;
+        Numbers rest;
+        product.load(products + i);
+        sum.load(sums + i);
+        covariance.load(covariances + i);
+        rest.load(rests + i);
+        updateCovariance(product.numbers, sum.numbers, shift, weights, covariance.numbers, rest.numbers);
+        covariance.store(covariances + i);
+        rest.store(rests + i);
+    }
+    for (; i < number; ++i) {
+        updateCovariance(products[i], sums[i], shift, weights, covariances[i], rests[i]);
     }
 }
 
@@ -72,9 +165,14 @@ VXCLASSIFIER_INLINE void updateCovariances(const BlockDifferences& block, const 
 template <class Lanes, class Covariances, class Rests>
 VXCLASSIFIER_INLINE void enterBlockIn(const BlockDifferences& block, const BlockWeights& weights,
                                       std::size_t size, Covariances covariances, Rests rests) noexcept {
-    for (std::size_t i = 0; i < size; ++i) {
-        addUpProductsIn<Lanes>(block, i);
-        updateCovariances(block, weights, i, size - i, covariances(i), rests(i));
+    for (std::size_t first = 0; first < size; first += BlockDifferences::productRows) {
+        addUpProductsIn<Lanes>(block, first, size);
+        const std::size_t end = std::min(size, first + BlockDifferences::productRows);
+        const double* products = block.products;
+        for (std::size_t i = first; i < end; ++i) {
+            updateCovariancesIn<Lanes>(block, weights, i, size - i, products + i, covariances(i), rests(i));
+            products += block.stride;
+        }
     }
 }
 
