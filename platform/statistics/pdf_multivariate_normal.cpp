@@ -310,6 +310,23 @@ void detail::prepareOnDemandOnly(vmath_PDFMultivariateNormal& pdf) noexcept {
     pdf.state->isPreparedOnDemandOnly = true;
 }
 
+/// A block that has room is there only since samples have begun to wait: the statistics fit, and nothing but
+/// samples has come since then.
+bool detail::joinWaitingSamples(vmath_PDFMultivariateNormal& pdf, const double* values,
+                                std::size_t size) noexcept {
+    vmath_PDFMultivariateNormal_State& state = *pdf.state;
+    if (!state.isUpdating || !state.block.hasRoomFor(size)) {
+        return false;
+    }
+    state.block.add(values, 1.0);
+    if (state.block.isFull()) {
+        state.block.moveInto(pdf, state.rest);
+    }
+    state.isBehind = true;
+    state.isPrepared = false;
+    return true;
+}
+
 long vmath_PDFMultivariateNormal_construct(vmath_PDFMultivariateNormal* pdf) noexcept {
     if (pdf == nullptr) {
         return vmath_status::badArgument;

@@ -1,6 +1,7 @@
 #include "clss/clastool/bayes/model_trainer.h"
 
 #include "clss/clastool/bayes/selection.h"
+#include "platform/statistics/ready_density.h"
 
 #include <vxclassifier/pdf_binomial.h>
 #include <vxclassifier/pdf_multivariate_normal.h>
@@ -34,12 +35,19 @@ void ModelTrainer::learn(const vxFeaturePattern& pattern) {
     const bool isComplete = pattern.numInvalid() == 0;
     for (const Step& step : steps_) {
         if (isComplete && step.areConsecutive && step.indices->back() < pattern.numMeasurements()) {
-            update(step, {values.data() + step.indices->front(), static_cast<long>(step.indices->size()),
-                          nullptr, 0});
+            learnNeighbors(step, values.data() + step.indices->front());
         } else {
             Selection selection(pattern, *step.indices);
             update(step, selection.view());
         }
+    }
+}
+
+void ModelTrainer::learnNeighbors(const Step& step, const double* values) {
+    const std::size_t size = step.indices->size();
+    // Once patterns wait, there is nobody left who had to be told of a change.
+    if (step.normal == nullptr || !joinWaitingSamples(step.normal->pdf_, values, size)) {
+        update(step, {values, static_cast<long>(size), nullptr, 0});
     }
 }
 

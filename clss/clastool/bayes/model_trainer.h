@@ -34,6 +34,7 @@ private:
         bool areConsecutive; // the indices are not negative and follow each other
     };
 
+    static void learnNeighbors(const Step& step, const double* values);
     static void update(const Step& step, const vmath_FeaturePattern& measurements);
 
     vxPtrHandle<vx_CategoryModelBayesian> model_;
