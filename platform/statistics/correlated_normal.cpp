@@ -1,6 +1,5 @@
 #include "platform/statistics/correlated_normal.h"
 
-#include "platform/statistics/lanes.h"
 #include "platform/statistics/scaled_product.h"
 #include "platform/statistics/scratch.h"
 
@@ -44,20 +43,16 @@ CorrelatedNormal::CorrelatedNormal(std::vector<VaryingMeasurement> measurements,
 }
 
 double CorrelatedNormal::logValue(const double* values) const {
-    const std::size_t order = measurements_.size();
-    const std::size_t padded = paddedToLanes(order);
-    Scratch<double> own(padded);
-    double* const chosen = own.data();
-    fillLastLanes(chosen, padded);
-    if (areLeading_) {
-        std::copy_n(values, order, chosen);
-    } else {
-        std::transform(measurements_.begin(), measurements_.end(), chosen,
+    Scratch<double> scratch(measurements_.size());
+    double* const own = scratch.data();
+    if (!areLeading_) {
+        std::transform(measurements_.begin(), measurements_.end(), own,
                        [values](const VaryingMeasurement& measurement) { return values[measurement.index]; });
+        values = own;
     }
-    const double squaredLength = whitening_.squaredLength(chosen);
+    const double squaredLength = whitening_.squaredLength(values, own);
     return squaredLength <= surelyNear ? logNormaliser_ - 0.5 * squaredLength
-                                       : extremeLogValue(chosen, squaredLength);
+                                       : extremeLogValue(own, squaredLength);
 }
 
 double CorrelatedNormal::extremeLogValue(const double* standardised, double squaredLength) const noexcept {

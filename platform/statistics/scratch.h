@@ -3,7 +3,7 @@
 
 #include <array>
 #include <cstddef>
-#include <vector>
+#include <memory>
 
 namespace detail {
 
@@ -12,14 +12,20 @@ namespace detail {
 template <class T>
 class Scratch {
 public:
-    explicit Scratch(std::size_t size) : large_(size > small_.size() ? size : 0) {}
+    explicit Scratch(std::size_t size)
+        : large_(size > small_.size() ? std::make_unique<T[]>(size) : nullptr),
+          data_(large_ == nullptr ? small_.data() : large_.get()) {}
+    ~Scratch() = default;
+    Scratch(const Scratch&) = delete;
+    Scratch& operator=(const Scratch&) = delete;
 
-    T* data() noexcept { return large_.empty() ? small_.data() : large_.data(); }
-    T& operator[](std::size_t i) noexcept { return data()[i]; }
+    T* data() noexcept { return data_; }
+    T& operator[](std::size_t i) noexcept { return data_[i]; }
 
 private:
     std::array<T, 64> small_;
-    std::vector<T> large_;
+    std::unique_ptr<T[]> large_;
+    T* data_;
 };
 
 } // namespace detail

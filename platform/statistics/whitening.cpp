@@ -17,8 +17,8 @@ void appendRows(const PackedLower& inverse, std::size_t top, std::vector<double>
 
 #if VXCLASSIFIER_HAS_AVX2
 VXCLASSIFIER_AVX2 double squaredLengthInWideLanes(const double* block, std::size_t order,
-                                                  double* values) noexcept {
-    return squaredLengthIn<WideLanes>(block, order, values);
+                                                  const double* values, double* standardised) noexcept {
+    return squaredLengthIn<WideLanes>(block, order, values, standardised);
 }
 #endif
 
@@ -37,13 +37,13 @@ Whitening::Whitening(const std::vector<VaryingMeasurement>& measurements, const 
     }
 }
 
-double Whitening::squaredLength(double* values) const noexcept {
+double Whitening::squaredLength(const double* values, double* standardised) const noexcept {
 #if VXCLASSIFIER_HAS_AVX2
     if (hasAvx2()) {
-        return squaredLengthInWideLanes(block_.data(), order_, values);
+        return squaredLengthInWideLanes(block_.data(), order_, values, standardised);
     }
 #endif
-    return squaredLengthIn<NarrowLanes>(block_.data(), order_, values);
+    return squaredLengthIn<NarrowLanes>(block_.data(), order_, values, standardised);
 }
 
 } // namespace detail

@@ -28,10 +28,10 @@ public:
     /// `factor` is the Cholesky factor of the correlation matrix, in the order of `measurements`.
     Whitening(const std::vector<VaryingMeasurement>& measurements, const PackedLower& factor);
 
-    /// The sum of the squares of the whitened measurements. `values` holds paddedToLanes(order) finite
-    /// numbers, those behind the measurements being 0; it is left with the standardised measurements, their
-    /// distances from the means in deviations. If one of these is not finite, the result is NaN or infinite.
-    double squaredLength(double* values) const noexcept;
+    /// The sum of the squares of the whitened measurements. `values` and `standardised`, which may be the
+    /// same, hold a number for each measurement; the latter is left with their distances from the means in
+    /// deviations. If one of these is not finite, the result is NaN or infinite.
+    double squaredLength(const double* values, double* standardised) const noexcept;
 
 private:
     std::size_t order_ = 0;

@@ -40,15 +40,9 @@ public:
         }
     }
 
-    std::vector<double> paddedValues() const {
-        std::vector<double> padded(values);
-        padded.resize(paddedToLanes(values.size()), 0.0);
-        return padded;
-    }
-
     double squaredLength() const {
-        std::vector<double> padded = paddedValues();
-        return Whitening(measurements, factor).squaredLength(padded.data());
+        std::vector<double> standardised(values.size());
+        return Whitening(measurements, factor).squaredLength(values.data(), standardised.data());
     }
 
     /// One number after the other.
@@ -110,23 +104,31 @@ TEST(Whitening, GivesTheLengthOfTheSolution) {
 }
 
 TEST(Whitening, LeavesTheStandardisedMeasurements) {
-    const Case one(11, 5);
-    std::vector<double> values = one.paddedValues();
-    Whitening(one.measurements, one.factor).squaredLength(values.data());
-    for (std::size_t i = 0; i < 11; ++i) {
-        const VaryingMeasurement& measurement = one.measurements[i];
-        EXPECT_EQ(values[i], (one.values[i] - measurement.mean) * (1.0 / measurement.deviation));
+    for (std::size_t order = 1; order <= 20; ++order) {
+        const Case one(order, 5);
+        const Whitening whitening(one.measurements, one.factor);
+        std::vector<double> aside(order);
+        std::vector<double> inPlace = one.values;
+        EXPECT_EQ(bitsOf(whitening.squaredLength(one.values.data(), aside.data())),
+                  bitsOf(whitening.squaredLength(inPlace.data(), inPlace.data())));
+        EXPECT_EQ(aside, inPlace);
+        for (std::size_t i = 0; i < order; ++i) {
+            const VaryingMeasurement& measurement = one.measurements[i];
+            EXPECT_EQ(aside[i], (one.values[i] - measurement.mean) * (1.0 / measurement.deviation));
+        }
     }
 }
 
 TEST(Whitening, OfWhatIsNotFiniteIsNotFinite) {
     const double infinity = std::numeric_limits<double>::infinity();
     for (const double value : {infinity, -infinity, std::nan(""), std::numeric_limits<double>::max()}) {
-        for (std::size_t place = 0; place < 19; ++place) {
-            Case one(19, 3);
-            one.values[place] = value;
-            one.measurements[place].deviation = 0.25;
-            EXPECT_FALSE(one.squaredLength() <= std::numeric_limits<double>::max()) << place;
+        for (std::size_t order = 1; order <= 19; ++order) {
+            for (std::size_t place = 0; place < order; ++place) {
+                Case one(order, 3);
+                one.values[place] = value;
+                one.measurements[place].deviation = 0.25;
+                EXPECT_FALSE(one.squaredLength() <= std::numeric_limits<double>::max()) << place;
+            }
         }
     }
 }
@@ -147,7 +149,7 @@ std::vector<double> blockOf(std::size_t order) {
 
 #if VXCLASSIFIER_HAS_AVX2
 VXCLASSIFIER_AVX2 double squaredLengthInWideLanes(const double* block, std::size_t order, double* values) {
-    return detail::squaredLengthIn<detail::WideLanes>(block, order, values);
+    return detail::squaredLengthIn<detail::WideLanes>(block, order, values, values);
 }
 
 TEST(Whitening, HasTheSameBitsInNarrowAndWideRegisters) {
@@ -156,11 +158,11 @@ TEST(Whitening, HasTheSameBitsInNarrowAndWideRegisters) {
     }
     for (std::size_t order = 0; order <= 70; ++order) {
         const std::vector<double> block = blockOf(order);
-        std::vector<double> wide(paddedToLanes(order), 1.25);
+        std::vector<double> wide(order, 1.25);
         std::vector<double> narrow(wide);
         const double ofWide = squaredLengthInWideLanes(block.data(), order, wide.data());
         const double ofNarrow =
-            detail::squaredLengthIn<detail::NarrowLanes>(block.data(), order, narrow.data());
+            detail::squaredLengthIn<detail::NarrowLanes>(block.data(), order, narrow.data(), narrow.data());
         EXPECT_EQ(bitsOf(ofWide), bitsOf(ofNarrow)) << order;
         EXPECT_EQ(wide, narrow);
     }
