@@ -12,6 +12,7 @@
 #include <vector>
 
 namespace detail {
+class CategoryPanel;
 class ModelTrainer;
 class ScoringPlan;
 } // namespace detail
@@ -73,6 +74,7 @@ protected:
 
 private:
     friend class vx_ClassifierBayesian;
+    friend class detail::CategoryPanel;
     friend class detail::ModelTrainer;
 
     vx_ProbabilityDensityFunction& pdf(std::size_t set) const;

@@ -5,11 +5,15 @@
 #include <vxclassifier/classifier.h>
 #include <vxclassifier/platform/ptr_handle.h>
 
-#include <cstddef>
+#include <memory>
 #include <vector>
 
 class vxClassifierTrainParamsBayesian;
 class vx_CategoryModelBayesian;
+
+namespace detail {
+class CategoryPanel;
+}
 
 /// The Bayesian technique: one model for every category met in the training data, each of which tells how
 /// likely a pattern is in its category. Applications use it through vxClassifierTool.
@@ -92,16 +96,20 @@ protected:
     void serialize_(vxArchive& archive, unsigned char version);
 
 private:
+    void learn(const vxClassifierDataProvider& data, const vxClassifierTrainParamsBayesian& params,
+               long numPatterns, long numMeasurements);
     void dropUnmatchedRows();
     vxPtrHandle<vx_CategoryModelBayesian> addModel(long label, const vxClassifierTrainParamsBayesian& params,
                                                    long numMeasurements);
-    std::size_t logLikelihoodsOfPairs(const vxFeaturePattern& pattern, double* values) const;
     void logLikelihoods(const vxFeaturePattern& pattern, double* values) const;
 
     // Parallel, in the order in which the labels were first met. An archive can bring vectors of different
     // lengths: running looks at the models only, each of which knows its label.
     std::vector<long> categoryLabels_;
     std::vector<vxPtrHandle<vx_CategoryModel>> categoryModels_;
+
+    // Made when a training or a loading is over; null where the models are asked one by one.
+    std::shared_ptr<const detail::CategoryPanel> panel_;
 
     static vx_Instantiator sExemplar;
 };

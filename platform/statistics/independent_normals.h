@@ -1,6 +1,7 @@
 #ifndef PLATFORM_STATISTICS_INDEPENDENT_NORMALS_H
 #define PLATFORM_STATISTICS_INDEPENDENT_NORMALS_H
 
+#include "platform/statistics/lanes.h"
 #include "platform/statistics/normal_density.h"
 
 #include <cstddef>
@@ -25,6 +26,27 @@ public:
     void logValues(const double* values, double* logValues) const noexcept;
 
     static constexpr double leastCertain = -1e269;
+
+    /// Whether all log values of a sum were certain: one that is not would have made the sum as odd.
+    static bool isCertainSum(double sum) noexcept { return sum >= 0.1 * leastCertain; }
+
+    /// The measurements that the densities read.
+    const std::vector<std::size_t>& indices() const noexcept { return indices_; }
+
+    /// Whether these are the first ones of a pattern, in order.
+    bool areLeading() const noexcept { return areLeading_; }
+
+    /// What is known of one density.
+    struct Parameters {
+        double mean;
+        double reciprocalDeviation;
+        double logNormaliser; // the log density at the mean
+    };
+
+    Parameters operator[](std::size_t i) const noexcept {
+        const double* const group = block_.data() + 3 * (i - i % numLanes) + i % numLanes;
+        return {group[0], group[numLanes], group[2 * numLanes]};
+    }
 
 private:
     std::vector<std::size_t> indices_;

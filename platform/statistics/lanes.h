@@ -47,6 +47,7 @@ struct Register {
     VXCLASSIFIER_INLINE void store(double* to) const noexcept { std::memcpy(to, &numbers, sizeof numbers); }
     VXCLASSIFIER_INLINE void add(const Register& other) noexcept { numbers += other.numbers; }
     VXCLASSIFIER_INLINE void subtract(const Register& other) noexcept { numbers -= other.numbers; }
+    VXCLASSIFIER_INLINE void subtractFrom(double number) noexcept { numbers = number - numbers; }
     VXCLASSIFIER_INLINE void multiply(const Register& other) noexcept { numbers *= other.numbers; }
     VXCLASSIFIER_INLINE void addProduct(const Register& factor, double other) noexcept {
         numbers += factor.numbers * other;
@@ -79,6 +80,10 @@ struct Twice {
     VXCLASSIFIER_INLINE void subtract(const Twice& other) noexcept {
         low.subtract(other.low);
         high.subtract(other.high);
+    }
+    VXCLASSIFIER_INLINE void subtractFrom(double number) noexcept {
+        low.subtractFrom(number);
+        high.subtractFrom(number);
     }
     VXCLASSIFIER_INLINE void multiply(const Twice& other) noexcept {
         low.multiply(other.low);

@@ -103,8 +103,7 @@ NormalDensity::NormalDensity(const vmath_nmmatrix& mean, const vmath_nmmatrix& c
     varying_ = CorrelatedNormal(std::move(varying), factor);
 }
 
-double NormalDensity::logValue(const double* values) const {
-    double sum = varying_.logValue(values);
+double NormalDensity::addConstant(double sum, const double* values) const noexcept {
     for (const ConstantMeasurement& constant : constant_) {
         sum += constant.logValue(values[constant.index()]);
     }

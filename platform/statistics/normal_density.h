@@ -28,7 +28,10 @@ public:
     NormalDensity(const vmath_nmmatrix& mean, const vmath_nmmatrix& covariance, std::int64_t numSamples);
 
     /// At the values of a complete pattern, all of them valid.
-    double logValue(const double* values) const;
+    double logValue(const double* values) const {
+        const double ofVarying = varying_.logValue(values);
+        return constant_.empty() ? ofVarying : addConstant(ofVarying, values);
+    }
 
     /// The marginal density of the measurements whose entry in `valid` is not 0.
     double marginalLogValue(const double* values, const unsigned char* valid) const;
@@ -37,6 +40,7 @@ public:
     const std::vector<ConstantMeasurement>& constant() const noexcept { return constant_; }
 
 private:
+    double addConstant(double sum, const double* values) const noexcept;
     CorrelatedNormal marginal(const unsigned char* valid) const;
 
     CorrelatedNormal varying_;

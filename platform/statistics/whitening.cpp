@@ -15,13 +15,6 @@ void appendRows(const PackedLower& inverse, std::size_t top, std::vector<double>
     }
 }
 
-#if VXCLASSIFIER_HAS_AVX2
-VXCLASSIFIER_AVX2 double squaredLengthInWideLanes(const double* block, std::size_t order,
-                                                  const double* values, double* standardised) noexcept {
-    return squaredLengthIn<WideLanes>(block, order, values, standardised);
-}
-#endif
-
 } // namespace
 
 /// Deviations are roots of doubles, so their reciprocals neither overflow nor underflow.
@@ -37,13 +30,17 @@ Whitening::Whitening(const std::vector<VaryingMeasurement>& measurements, const 
     }
 }
 
-double Whitening::squaredLength(const double* values, double* standardised) const noexcept {
 #if VXCLASSIFIER_HAS_AVX2
-    if (hasAvx2()) {
-        return squaredLengthInWideLanes(block_.data(), order_, values, standardised);
-    }
+VXCLASSIFIER_AVX2
 #endif
-    return squaredLengthIn<NarrowLanes>(block_.data(), order_, values, standardised);
+double Whitening::squaredLengthInWideLanes(const double* block, std::size_t order, const double* values,
+                                           double* standardised) noexcept {
+    return squaredLengthIn<WideLanes>(block, order, values, standardised);
+}
+
+double Whitening::squaredLengthInNarrowLanes(const double* block, std::size_t order, const double* values,
+                                             double* standardised) noexcept {
+    return squaredLengthIn<NarrowLanes>(block, order, values, standardised);
 }
 
 } // namespace detail

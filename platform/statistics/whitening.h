@@ -1,6 +1,7 @@
 #ifndef PLATFORM_STATISTICS_WHITENING_H
 #define PLATFORM_STATISTICS_WHITENING_H
 
+#include "platform/statistics/lanes.h"
 #include "platform/statistics/linear_algebra.h"
 
 #include <cstddef>
@@ -31,9 +32,18 @@ public:
     /// The sum of the squares of the whitened measurements. `values` and `standardised`, which may be the
     /// same, hold a number for each measurement; the latter is left with their distances from the means in
     /// deviations. If one of these is not finite, the result is NaN or infinite.
-    double squaredLength(const double* values, double* standardised) const noexcept;
+    double squaredLength(const double* values, double* standardised) const noexcept {
+        return hasAvx2() ? squaredLengthInWideLanes(block_.data(), order_, values, standardised)
+                         : squaredLengthInNarrowLanes(block_.data(), order_, values, standardised);
+    }
 
 private:
+    // The former to be called where hasAvx2() only.
+    static double squaredLengthInWideLanes(const double* block, std::size_t order, const double* values,
+                                           double* standardised) noexcept;
+    static double squaredLengthInNarrowLanes(const double* block, std::size_t order, const double* values,
+                                             double* standardised) noexcept;
+
     std::size_t order_ = 0;
     // Means, reciprocal deviations, and the rows of the inverse factor eight at a time, column by column;
     // each filled up with zeros to a multiple of eight rows.

@@ -1,12 +1,13 @@
 #include <vxclassifier/classifier_bayesian.h>
 
+#include "clss/clastool/bayes/category_panel.h"
 #include "clss/clastool/bayes/learners.h"
 #include "clss/clastool/bayes/model_layout.h"
-#include "clss/clastool/bayes/scoring_plan.h"
 #include "clss/clastool/foundation/parallel_vectors.h"
 #include "clss/clastool/foundation/result_access.h"
 #include "clss/clastool/foundation/row_reader.h"
 #include "platform/archive/class_level.h"
+#include "platform/statistics/lanes.h"
 #include "platform/statistics/scratch.h"
 #include "platform/system/attention_check.h"
 
@@ -73,6 +74,7 @@ vx_ClassifierBayesian& vx_ClassifierBayesian::operator=(const vx_ClassifierBayes
     vx_Classifier::operator=(other);
     categoryLabels_.swap(labels);
     categoryModels_.swap(models);
+    panel_ = other.panel_;
     return *this;
 }
 
@@ -104,6 +106,14 @@ void vx_ClassifierBayesian::train_(const vxClassifierDataProvider& data,
     if (numPatterns < 1) {
         return;
     }
+    panel_.reset();
+    learn(data, own, numPatterns, numMeasurements);
+    panel_ = detail::CategoryPanel::of(categoryModels_);
+}
+
+void vx_ClassifierBayesian::learn(const vxClassifierDataProvider& data,
+                                  const vxClassifierTrainParamsBayesian& params, long numPatterns,
+                                  long numMeasurements) {
     dropUnmatchedRows();
     detail::Learners learners(categoryLabels_, categoryModels_);
     detail::RowReader rows(data);
@@ -116,7 +126,7 @@ void vx_ClassifierBayesian::train_(const vxClassifierDataProvider& data,
         }
         detail::Learner* learner = learners.find(label);
         if (learner == nullptr) {
-            learner = &learners.add(label, addModel(label, own, numMeasurements));
+            learner = &learners.add(label, addModel(label, params, numMeasurements));
         }
         learner->learn(pattern);
     }
@@ -158,6 +168,7 @@ void vx_ClassifierBayesian::trainStart_(const vxClassifierTrainParams&) {}
 void vx_ClassifierBayesian::trainIncremental_(const vxFeaturePattern&, long) {}
 
 void vx_ClassifierBayesian::untrain_() {
+    panel_.reset();
     categoryModels_.clear();
     categoryLabels_.clear();
 }
@@ -184,37 +195,13 @@ void vx_ClassifierBayesian::checkRunnable_() const {
     run_(vxFeaturePattern(std::vector<double>(static_cast<std::size_t>(numZeros), 0.0), {}), discarded);
 }
 
-/// Asks the models in pairs as long as both of a pair can be asked side by side; gives how many were asked.
-std::size_t vx_ClassifierBayesian::logLikelihoodsOfPairs(const vxFeaturePattern& pattern,
-                                                         double* values) const {
-    const auto planOf = [&](std::size_t place) -> const detail::ScoringPlan* {
-        const vx_CategoryModel* const model = categoryModels_[place].get();
-        if (model == nullptr || &typeid(*model) != &typeid(vx_CategoryModelBayesian)) {
-            return nullptr;
-        }
-        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-static-cast-downcast): the line above is the check.
-        const detail::ScoringPlan* const plan =
-            static_cast<const vx_CategoryModelBayesian*>(model)->plan_.get();
-        return plan != nullptr && plan->areAllSingles() && plan->covers(pattern) ? plan : nullptr;
-    };
-    const double* const measurements = pattern.featureMeasurements(false).data();
-    std::size_t asked = 0;
-    for (; asked + 2 <= categoryModels_.size(); asked += 2) {
-        const detail::ScoringPlan* const first = planOf(asked);
-        const detail::ScoringPlan* const second = first == nullptr ? nullptr : planOf(asked + 1);
-        if (second == nullptr ||
-            !detail::ScoringPlan::logLikelihoodsOfPair(*first, *second, measurements, values + asked)) {
-            break;
-        }
-    }
-    return asked;
-}
-
 void vx_ClassifierBayesian::logLikelihoods(const vxFeaturePattern& pattern, double* values) const {
     const bool isChecked = detail::isAttentionCheckInstalled();
-    // Nothing throws or calls back in a pair that is asked side by side, so the order shows in checks only.
-    const std::size_t asked = isChecked ? 0 : logLikelihoodsOfPairs(pattern, values);
-    for (std::size_t i = asked; i < categoryModels_.size(); ++i) {
+    // Nothing throws or calls back in the panel, so the order shows in checks only.
+    if (!isChecked && panel_ != nullptr && panel_->logLikelihoods(pattern, values)) {
+        return;
+    }
+    for (std::size_t i = 0; i < categoryModels_.size(); ++i) {
         if (isChecked) {
             detail::throwIfInterrupted();
         }
@@ -227,7 +214,7 @@ void vx_ClassifierBayesian::logLikelihoods(const vxFeaturePattern& pattern, doub
 
 void vx_ClassifierBayesian::run_(const vxFeaturePattern& pattern, vxClassifierResult& result) const {
     const std::size_t number = categoryModels_.size();
-    detail::Scratch<double> scores(number);
+    detail::Scratch<double> scores(detail::paddedToLanes(number));
     logLikelihoods(pattern, scores.data());
     const vxClassifierTrainParamsBayesian& params = bayesian(*storedParams_());
     // Scaled so that the best category has 1: the likelihoods themselves soon underflow.
@@ -257,6 +244,12 @@ void vx_ClassifierBayesian::dispatchSerialize(vxArchive& archive) {
 void vx_ClassifierBayesian::serialize_(vxArchive& archive, unsigned char version) {
     detail::requireVersionZero(version);
     vx_Classifier::dispatchSerialize(archive);
+    if (archive.isLoading()) {
+        panel_.reset();
+    }
     archive || categoryLabels_;
     archive || categoryModels_;
+    if (archive.isLoading()) {
+        panel_ = detail::CategoryPanel::of(categoryModels_);
+    }
 }

@@ -23,30 +23,29 @@ struct Freshness {
 
 /// How a category model scores complete patterns without asking each of its densities for itself: the normal
 /// densities of single measurements are copied into one block and evaluated side by side, those of several
-/// are known to be such. All others are left to the model.
+/// are known to be ready. All others are left to the model.
 ///
-/// A density from which something was copied tells when it changes; the plan is out of use from then on.
+/// A density tells when it changes; the plan is out of use from then on.
 class ScoringPlan {
 public:
     using Sets = std::vector<std::vector<long>>;
     using Densities = std::vector<vxPtrHandle<vx_ProbabilityDensityFunction>>;
 
     /// Sets and densities may be what an archive brought. Whoever uses the plan keeps the densities. One that
-    /// was copied for another plan puts that one out of use.
+    /// is in another plan puts that one out of use.
     ScoringPlan(const Sets& sets, const Densities& densities);
 
     /// Whether the plan is good for this pattern.
     bool covers(const vxFeaturePattern& pattern) const noexcept {
-        return freshness_->isFresh && pattern.numMeasurements() >= numUsed_ && pattern.numInvalid() == 0;
+        return isFresh() && pattern.numMeasurements() >= numUsed_ && pattern.numInvalid() == 0;
     }
 
     /// The sum of the log values of all sets in their order, at the values of a pattern that is covered.
     /// `logValueOf(set)` is asked for the log value of a set that the plan leaves to the model.
     template <class LogValueOf>
     double logLikelihood(const double* values, LogValueOf logValueOf) const {
-        double ofOnlySet = 0.0;
-        if (isOneJoint_ && evaluate(joints_.front(), values, ofOnlySet)) {
-            return 0.0 + ofOnlySet; // which is no -0 then either
+        if (isOneJoint_) {
+            return logLikelihoodOfOnlySet(values);
         }
         Scratch<double> ofSingles(paddedToLanes(singles_.size()));
         if (singles_.size() != 0) {
@@ -54,7 +53,7 @@ public:
         }
         if (areAllSingles()) {
             const double sum = sumOf(ofSingles.data(), singles_.size());
-            if (isCertain(sum)) {
+            if (IndependentNormals::isCertainSum(sum)) {
                 return sum;
             }
         }
@@ -62,16 +61,14 @@ public:
         std::size_t joint = 0;
         double sum = 0.0;
         for (std::size_t set = 0; set < kinds_.size(); ++set) {
-            double logValue = 0.0;
-            if (kinds_[set] == Kind::single) {
-                logValue = ofSingles[single++];
-                if (!(logValue >= IndependentNormals::leastCertain)) {
-                    logValue = logValueOf(set);
-                }
-            } else if (kinds_[set] == Kind::other || !evaluate(joints_[joint++], values, logValue)) {
-                logValue = logValueOf(set);
+            if (kinds_[set] == Kind::joint) {
+                sum += evaluate(joints_[joint++], values);
+            } else if (kinds_[set] == Kind::single &&
+                       ofSingles[single++] >= IndependentNormals::leastCertain) {
+                sum += ofSingles[single - 1];
+            } else {
+                sum += logValueOf(set);
             }
-            sum += logValue;
         }
         return sum;
     }
@@ -79,23 +76,31 @@ public:
     /// Whether the plan consists of single measurements that are evaluated side by side.
     bool areAllSingles() const noexcept { return joints_.empty() && singles_.size() == kinds_.size(); }
 
-    /// As logLikelihood of two such plans that cover the pattern. An addition waits for the one before it,
-    /// but not for that of the other sum. False, with `sums` untouched, for plans of different or unusual
-    /// size, and for values that are not certain.
-    static bool logLikelihoodsOfPair(const ScoringPlan& a, const ScoringPlan& b, const double* values,
-                                     double* sums) noexcept;
+    /// The densities of these measurements.
+    const IndependentNormals& singles() const noexcept { return singles_; }
+
+    /// Whether the plan consists of one set of several measurements.
+    bool isOneJoint() const noexcept { return isOneJoint_; }
+
+    /// The log-likelihood by such a plan, at the values of a pattern that is covered.
+    double logLikelihoodOfOnlySet(const double* values) const {
+        return 0.0 + evaluate(joints_.front(), values); // which is no -0 then
+    }
+
+    /// 1 + the largest index that the plan reads.
+    long numUsed() const noexcept { return numUsed_; }
+
+    /// Whether all densities are as they were.
+    bool isFresh() const noexcept { return freshness_->isFresh; }
 
 private:
     enum class Kind : unsigned char { single, joint, other };
 
     struct Joint {
-        const vx_PDFMultivariateNormal* density;
+        const NormalDensity* density; // the vx_PDFMultivariateNormal's; good until that changes
         std::vector<long> indices;
         bool areConsecutive;
     };
-
-    /// Whether all log values of a sum were certain: one that is not would have made the sum as odd.
-    static bool isCertain(double sum) noexcept { return sum >= 0.1 * IndependentNormals::leastCertain; }
 
     static double sumOf(const double* values, std::size_t number) noexcept {
         double sum = 0.0;
@@ -113,7 +118,12 @@ private:
     }
 
     Kind add(const std::vector<long>& set, vx_ProbabilityDensityFunction* density);
-    static bool evaluate(const Joint& joint, const double* values, double& logValue);
+    static double evaluate(const Joint& joint, const double* values) {
+        return joint.areConsecutive ? joint.density->logValue(values + joint.indices.front())
+                                    : evaluateScattered(joint, values);
+    }
+
+    static double evaluateScattered(const Joint& joint, const double* values);
 
     std::vector<Kind> kinds_; // one for each set
     IndependentNormals singles_;

@@ -1,0 +1,226 @@
+#include "tests/clastool/bayes/bayes_fixtures.h"
+
+#include <vxclassifier/platform/attention.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <numeric>
+#include <random>
+#include <utility>
+
+// A classifier scores complete patterns for all its categories together. With an interruption check installed
+// it asks one model after the other; that shows what the results have to be.
+
+namespace {
+
+using test::dataOf;
+using test::normalTypes;
+using test::OpenBayesian;
+using test::paramsOf;
+using test::patternOf;
+using test::Sample;
+
+using Types = vxClassifierDistributionTypes;
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+/// All numbers of a result, bit by bit but for the kind of a NaN; and the message of a failed run.
+std::vector<std::uint64_t> bitsOf(const vxClassifierResult& result) {
+    std::vector<double> numbers{result.matchScoreFactorLog()};
+    for (const vxClassifierCategoryResult& category : result.categoryResults()) {
+        numbers.insert(numbers.end(), {static_cast<double>(category.categoryLabel()), category.matchScore(),
+                                       category.classScore(), category.expectedCost()});
+    }
+    std::vector<std::uint64_t> bits(numbers.size());
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        const double number = std::isnan(numbers[i]) ? std::nan("") : numbers[i];
+        std::memcpy(&bits[i], &number, sizeof number);
+    }
+    return bits;
+}
+
+struct Outcome {
+    Outcome(const vx_Classifier& classifier, const vxFeaturePattern& pattern)
+        : message(test::outcomeOf([&] { bits = bitsOf(test::resultOf(classifier, pattern)); })) {}
+
+    bool operator==(const Outcome& other) const { return message == other.message && bits == other.bits; }
+
+    std::vector<std::uint64_t> bits;
+    std::wstring message;
+};
+
+Outcome oneByOne(const vx_Classifier& classifier, const vxFeaturePattern& pattern) {
+    const vxCancelFlag flag;
+    const vxAttentionScope scope(flag);
+    return Outcome(classifier, pattern);
+}
+
+class Numbers {
+public:
+    explicit Numbers(unsigned seed) : random_(seed) {}
+
+    double next() { return std::uniform_real_distribution<double>(-2.0, 2.0)(random_); }
+
+    std::vector<double> row(std::size_t size) {
+        std::vector<double> values(size);
+        for (double& value : values) {
+            value = next();
+        }
+        return values;
+    }
+
+private:
+    std::mt19937 random_;
+};
+
+vxClassifierDataProviderMemory dataFor(std::size_t categories, std::size_t size, unsigned seed) {
+    Numbers numbers(seed);
+    std::vector<Sample> samples;
+    for (std::size_t i = 0; i < 12 * categories; ++i) {
+        samples.emplace_back(numbers.row(size), static_cast<long>(i % categories));
+    }
+    return dataOf(samples);
+}
+
+std::vector<long> upTo(std::size_t size) {
+    std::vector<long> all(size);
+    std::iota(all.begin(), all.end(), 0L);
+    return all;
+}
+
+Types jointTypes(std::size_t categories, const std::vector<long>& set) {
+    Types types = normalTypes();
+    for (std::size_t i = 0; i < categories; ++i) {
+        types.setDependent(static_cast<long>(i), set);
+    }
+    return types;
+}
+
+/// Patterns of any kind, nearly all of them complete.
+void expectOneByOne(const vx_Classifier& classifier, std::size_t size) {
+    Numbers numbers(9);
+    for (int i = 0; i < 20; ++i) {
+        const vxFeaturePattern pattern = patternOf(numbers.row(size + static_cast<std::size_t>(i) % 3));
+        EXPECT_EQ(Outcome(classifier, pattern).message, L"");
+        EXPECT_TRUE(Outcome(classifier, pattern) == oneByOne(classifier, pattern));
+    }
+    for (const double odd : {0.0, -0.0, infinity, -infinity, std::nan(""), 1e130, -1e134, 1e150, -1e300}) {
+        std::vector<double> values = numbers.row(size);
+        values[size / 2] = odd;
+        EXPECT_TRUE(Outcome(classifier, patternOf(values)) == oneByOne(classifier, patternOf(values))) << odd;
+    }
+    const vxFeaturePattern tooShort = patternOf(numbers.row(size - 1));
+    EXPECT_TRUE(Outcome(classifier, tooShort) == oneByOne(classifier, tooShort));
+    const vxFeaturePattern invalid = patternOf(numbers.row(size), {0});
+    EXPECT_TRUE(Outcome(classifier, invalid) == oneByOne(classifier, invalid));
+}
+
+TEST(CategoryPanel, HasTheBitsOfOneModelAfterTheOther) {
+    std::vector<std::pair<std::size_t, std::size_t>> shapes{{70, 3}, {2, 70}};
+    for (const std::size_t categories : {1U, 2U, 4U, 5U, 9U}) {
+        for (const std::size_t size : {1U, 3U, 4U, 5U, 9U}) {
+            shapes.emplace_back(categories, size);
+        }
+    }
+    for (const auto& [categories, size] : shapes) {
+        const vxClassifierDataProviderMemory data = dataFor(categories, size, 1);
+        OpenBayesian independent;
+        independent.train(data, paramsOf(normalTypes()));
+        expectOneByOne(independent, size);
+        OpenBayesian joint;
+        joint.train(data, paramsOf(jointTypes(categories, upTo(size))));
+        expectOneByOne(joint, size);
+    }
+}
+
+TEST(CategoryPanel, LeavesModelsThatAreNotAlikeToThemselves) {
+    const vxClassifierDataProviderMemory data = dataFor(3, 4, 2);
+    Types oneIsJoint = normalTypes();
+    oneIsJoint.setDependent(1, upTo(4));
+    Types lastIsJoint = normalTypes();
+    lastIsJoint.setDependent(2, upTo(4));
+    const Types onlyOneIsNot = jointTypes(2, upTo(4));
+    const Types inParts = jointTypes(3, {1, 3});
+    const Types scattered = jointTypes(3, {3, 1, 0, 2});
+    for (const Types& types : {oneIsJoint, lastIsJoint, onlyOneIsNot, inParts, scattered}) {
+        OpenBayesian classifier;
+        classifier.train(data, paramsOf(types));
+        expectOneByOne(classifier, 4);
+    }
+}
+
+TEST(CategoryPanel, LeavesConstantMeasurementsToTheModels) {
+    std::vector<Sample> samples;
+    Numbers numbers(3);
+    for (long i = 0; i < 20; ++i) {
+        samples.push_back({{numbers.next(), i % 2 == 0 ? 3.0 : numbers.next()}, i % 2});
+    }
+    for (const Types& types : {normalTypes(), jointTypes(2, {0, 1})}) {
+        OpenBayesian classifier;
+        classifier.train(dataOf(samples), paramsOf(types));
+        expectOneByOne(classifier, 2);
+    }
+}
+
+TEST(CategoryPanel, KnowsWhatWasLearntLast) {
+    for (const Types& types : {normalTypes(), jointTypes(3, upTo(4))}) {
+        OpenBayesian classifier;
+        classifier.train(dataFor(2, 4, 4), paramsOf(types));
+        const OpenBayesian copy(classifier); // shares the models
+        Numbers numbers(9);
+        const vxFeaturePattern pattern = patternOf(numbers.row(4));
+        const Outcome before(classifier, pattern);
+        classifier.train_(dataFor(3, 4, 5), paramsOf(types));
+        expectOneByOne(classifier, 4);
+        expectOneByOne(copy, 4);
+        EXPECT_FALSE(Outcome(copy, pattern) == before);
+        EXPECT_FALSE(Outcome(classifier, pattern) == Outcome(copy, pattern));
+        OpenBayesian assigned;
+        assigned.train(dataFor(1, 4, 6), paramsOf(normalTypes()));
+        assigned = classifier;
+        EXPECT_TRUE(Outcome(assigned, pattern) == Outcome(classifier, pattern));
+        classifier.train(dataFor(2, 4, 7), paramsOf(types));
+        expectOneByOne(classifier, 4);
+        expectOneByOne(assigned, 4);
+    }
+}
+
+TEST(CategoryPanel, KnowsWhatAFailedTrainingHasLeft) {
+    Types types = normalTypes();
+    types.distributionTypeOverride(2, 3, Types::eBinomial);
+    const auto params = paramsOf(types, patternOf({1.0, 1.0, 1.0, 1.0}));
+    OpenBayesian classifier;
+    classifier.train(dataFor(2, 4, 4), params);
+    Numbers numbers(9);
+    const vxFeaturePattern pattern = patternOf(numbers.row(4));
+    const Outcome before(classifier, pattern);
+    vxClassifierDataProviderMemory data = dataFor(2, 4, 5);
+    data.addData(vxPtrHandle_const<vxFeaturePattern>(new vxFeaturePattern({0.5, 0.5, 0.5, 2.0}, {})), 2);
+    EXPECT_THROW(classifier.train_(data, params), vxClassifierDefs::BadParams);
+    EXPECT_TRUE(Outcome(classifier, pattern) == oneByOne(classifier, pattern));
+    EXPECT_FALSE(Outcome(classifier, pattern) == before);
+}
+
+TEST(CategoryPanel, IsThereForLoadedClassifiersToo) {
+    for (const Types& types : {normalTypes(), jointTypes(3, upTo(4))}) {
+        OpenBayesian first;
+        first.train(dataFor(3, 4, 4), paramsOf(types));
+        OpenBayesian second;
+        second.train(dataFor(2, 4, 8), paramsOf(types));
+        Numbers numbers(9);
+        const vxFeaturePattern pattern = patternOf(numbers.row(4));
+        const Outcome expected(first, pattern);
+        test::load(test::stored(first), second);
+        EXPECT_TRUE(Outcome(second, pattern) == expected);
+        expectOneByOne(second, 4);
+        second.untrain();
+        second.train(dataFor(1, 4, 3), paramsOf(types));
+        expectOneByOne(second, 4);
+    }
+}
+
+} // namespace
