@@ -223,4 +223,43 @@ TEST(CategoryPanel, IsThereForLoadedClassifiersToo) {
     }
 }
 
+/// An archive can bring a model that the classifier shares with the application.
+TEST(CategoryPanel, KnowsWhatTheApplicationDoesToASharedModel) {
+    const auto modelFor = [](unsigned seed) {
+        const std::vector<Types::DistributionType> normal(2, Types::eMultivariateNormal);
+        const vxPtrHandle<vx_CategoryModelBayesian> model(
+            new vx_CategoryModelBayesian(0, {{0}, {1}}, normal, patternOf({})));
+        Numbers numbers(seed);
+        for (int i = 0; i < 5; ++i) {
+            model->adapt(patternOf(numbers.row(2)));
+        }
+        return model;
+    };
+    const vxPtrHandle<vx_CategoryModelBayesian> stored = modelFor(1);
+    const vxPtrHandle<vxClassifierTrainParams> params = paramsOf(normalTypes()).clone();
+    const test::Bytes bytes = test::recordOf([&](test::Record& record) {
+        record.pointer(stored.get());
+        record.versions({0, 0, 0}).pointer(params.get()).numbers({0}).pointers({stored.get()});
+    });
+    vxLoadingArchive archive(bytes);
+    vxPtrHandle<vx_CategoryModelBayesian> shared;
+    OpenBayesian classifier;
+    archive || shared;
+    archive || classifier;
+    archive.finish();
+
+    const vxFeaturePattern pattern = patternOf({0.5, 0.25});
+    const auto expectItsScore = [&] {
+        EXPECT_EQ(test::resultOf(classifier, pattern).matchScoreFactorLog(),
+                  0.0 - shared->matchScore(pattern));
+    };
+    expectItsScore();
+    vx_CategoryModelBayesian(*shared).adapt(patternOf({-1.0, 1.5})); // a copy shares the densities
+    expectItsScore();
+    *shared = *modelFor(2);
+    expectItsScore();
+    shared->adapt(patternOf({1.0, 1.5}));
+    expectItsScore();
+}
+
 } // namespace
