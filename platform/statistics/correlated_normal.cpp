@@ -16,9 +16,6 @@ namespace {
 // overflows.
 constexpr double farAway = 1.5e140;
 
-// A squared distance up to here is that of standardised values none of which is far away.
-constexpr double surelyNear = 1e270;
-
 bool areLeadingMeasurements(const std::vector<VaryingMeasurement>& measurements) noexcept {
     for (std::size_t i = 0; i < measurements.size(); ++i) {
         if (measurements[i].index != i) {

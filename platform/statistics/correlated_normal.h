@@ -30,6 +30,14 @@ public:
     /// finite and not below lowestLogDensity.
     double logValue(const double* values) const;
 
+    /// Whether these are the first ones of a pattern, in order.
+    bool areLeading() const noexcept { return areLeading_; }
+
+    const Whitening& whitening() const noexcept { return whitening_; }
+
+    /// A squared distance up to here is that of standardised values none of which is far away.
+    static constexpr double surelyNear = 1e270;
+
     /// The logarithm of the density at the mean.
     double logNormaliser() const noexcept { return logNormaliser_; }
 
@@ -38,7 +46,7 @@ private:
 
     std::vector<VaryingMeasurement> measurements_;
     Whitening whitening_;
-    bool areLeading_ = true; // the measurements are the first ones of a pattern, in order
+    bool areLeading_ = true;
     double logNormaliser_ = 0.0;
 };
 

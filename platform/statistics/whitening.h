@@ -37,6 +37,9 @@ public:
                          : squaredLengthInNarrowLanes(block_.data(), order_, values, standardised);
     }
 
+    /// What whitening_kernel.h reads; lives as long as this.
+    const double* block() const noexcept { return block_.data(); }
+
 private:
     // The former to be called where hasAvx2() only.
     static double squaredLengthInWideLanes(const double* block, std::size_t order, const double* values,

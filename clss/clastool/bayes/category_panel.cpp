@@ -27,17 +27,24 @@ bool CategoryPanel::add(const vx_CategoryModel* model) {
     if (plan == nullptr) {
         return false;
     }
-    const bool ofSingles = plan->areAllSingles();
-    const bool isSameKind = parts_.empty() || ofSingles == (singles_.size() != 0);
-    if (!isSameKind || (ofSingles ? !singles_.canTake(plan->singles()) : !plan->isOneJoint())) {
+    if (!add(*plan)) {
         return false;
-    }
-    if (ofSingles) {
-        singles_.append(plan->singles());
     }
     numUsed_ = std::max(numUsed_, plan->numUsed());
     parts_.push_back({&own, own.plan_});
     return true;
+}
+
+bool CategoryPanel::add(const ScoringPlan& plan) {
+    if (plan.areAllSingles() && joints_.size() == 0 && singles_.canTake(plan.singles())) {
+        singles_.append(plan.singles());
+        return true;
+    }
+    if (plan.isPlainJoint() && singles_.size() == 0) {
+        plan.appendTo(joints_);
+        return true;
+    }
+    return false;
 }
 
 bool CategoryPanel::isOutOfUse() const noexcept {
@@ -51,11 +58,14 @@ bool CategoryPanel::logLikelihoods(const vxFeaturePattern& pattern, double* valu
         return false;
     }
     const double* const measurements = pattern.featureMeasurements(false).data();
-    if (singles_.size() != 0) {
+    if (joints_.size() == 0) {
         return singles_.addUp(measurements, values);
     }
-    for (const Part& part : parts_) {
-        *values++ = part.plan->logLikelihoodOfOnlySet(measurements);
+    if (!joints_.evaluate(measurements, values)) {
+        return false;
+    }
+    for (std::size_t i = 0; i < parts_.size(); ++i) {
+        values[i] += 0.0; // a model adds up from 0, which makes 0 of -0
     }
     return true;
 }

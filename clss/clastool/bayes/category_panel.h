@@ -36,11 +36,13 @@ private:
     };
 
     bool add(const vx_CategoryModel* model);
+    bool add(const ScoringPlan& plan);
     bool isOutOfUse() const noexcept;
 
     std::vector<Part> parts_;
-    StackedNormals singles_; // empty where the models have a single set
-    long numUsed_ = 0;       // 1 + the largest index that is read
+    StackedNormals singles_; // one of these two is empty
+    JointNormals joints_;
+    long numUsed_ = 0; // 1 + the largest index that is read
 };
 
 } // namespace detail

@@ -29,10 +29,11 @@ vx_Instantiator vx_ClassifierBayesian::sExemplar(typeid(vx_ClassifierBayesian), 
 
 namespace {
 
-/// An object as what it has to be. Nearly always it is of exactly that class, which is seen at once.
+/// An object as what it has to be. Nearly always it is of exactly that class, and there is one description of
+/// that, which is seen at once.
 template <class Own, class Base>
 Own& castTo(Base* object) {
-    if (object != nullptr && typeid(*object) == typeid(Own)) {
+    if (object != nullptr && &typeid(*object) == &typeid(Own)) {
         return static_cast<Own&>(*object);
     }
     if (auto* own = dynamic_cast<Own*>(object)) {
@@ -49,13 +50,12 @@ vx_CategoryModelBayesian& bayesian(const vxPtrHandle<vx_CategoryModel>& model) {
     return castTo<vx_CategoryModelBayesian>(model.get());
 }
 
-/// The largest log-likelihood. NaN gives way to whatever follows it.
+/// The largest log-likelihood; of two zeros, either. NaN gives way to whatever follows it. In this form, it
+/// is one instruction and no branch, which would depend on the data.
 double largest(const double* logLikelihoods, std::size_t number) noexcept {
     double best = -std::numeric_limits<double>::infinity();
     for (std::size_t i = 0; i < number; ++i) {
-        if (!(best >= logLikelihoods[i])) {
-            best = logLikelihoods[i];
-        }
+        best = best > logLikelihoods[i] ? best : logLikelihoods[i];
     }
     return best;
 }

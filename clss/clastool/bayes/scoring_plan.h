@@ -2,6 +2,7 @@
 #define CLSS_CLASTOOL_BAYES_SCORING_PLAN_H
 
 #include "platform/statistics/independent_normals.h"
+#include "platform/statistics/joint_normals.h"
 #include "platform/statistics/lanes.h"
 #include "platform/statistics/scratch.h"
 
@@ -45,7 +46,7 @@ public:
     template <class LogValueOf>
     double logLikelihood(const double* values, LogValueOf logValueOf) const {
         if (isOneJoint_) {
-            return logLikelihoodOfOnlySet(values);
+            return 0.0 + evaluate(joints_.front(), values); // which is no -0 then either
         }
         Scratch<double> ofSingles(paddedToLanes(singles_.size()));
         if (singles_.size() != 0) {
@@ -79,12 +80,16 @@ public:
     /// The densities of these measurements.
     const IndependentNormals& singles() const noexcept { return singles_; }
 
-    /// Whether the plan consists of one set of several measurements.
-    bool isOneJoint() const noexcept { return isOneJoint_; }
+    /// Whether the plan consists of one set of consecutive measurements that JointNormals can take.
+    bool isPlainJoint() const noexcept {
+        return isOneJoint_ && joints_.front().areConsecutive &&
+               JointNormals::canTake(*joints_.front().density);
+    }
 
-    /// The log-likelihood by such a plan, at the values of a pattern that is covered.
-    double logLikelihoodOfOnlySet(const double* values) const {
-        return 0.0 + evaluate(joints_.front(), values); // which is no -0 then
+    /// Adds the density of such a plan.
+    void appendTo(JointNormals& normals) const {
+        const Joint& joint = joints_.front();
+        normals.append(*joint.density, static_cast<std::size_t>(joint.indices.front()));
     }
 
     /// 1 + the largest index that the plan reads.

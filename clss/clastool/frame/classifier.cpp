@@ -12,9 +12,13 @@
 
 namespace {
 
-void requireTrained(bool isTrained, const wchar_t* otherwise) {
+[[noreturn, gnu::noinline]] void throwNotTrained(const wchar_t* message) {
+    throw vxClassifierDefs::NotTrained(message);
+}
+
+inline void requireTrained(bool isTrained, const wchar_t* otherwise) {
     if (!isTrained) {
-        throw vxClassifierDefs::NotTrained(otherwise);
+        throwNotTrained(otherwise);
     }
 }
 
@@ -94,7 +98,8 @@ void vx_Classifier::retrain(const vxClassifierTrainParams& params, vxDiagObject*
 void vx_Classifier::run(const vxFeaturePattern& pattern, vxClassifierResult& result, vxDiagObject* diag,
                         unsigned long flags) const {
     requireTrained(isTrained_(), L"Classifier tool must be trained before running.");
-    vxDiagObject* destination = vxDiagObject::getRecordingDestination(diag, flags);
+    vxDiagObject* const destination =
+        diag == nullptr ? nullptr : vxDiagObject::getRecordingDestination(diag, flags);
     recordRunInputs_(destination, flags, pattern);
     const detail::SpareResult fresh;
     run_(pattern, *fresh);

@@ -1,0 +1,112 @@
+#include "platform/statistics/joint_normals.h"
+
+#include "platform/statistics/ready_density.h"
+#include "tests/platform/statistics/normal_pdf.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstddef>
+#include <deque>
+#include <limits>
+#include <random>
+#include <vector>
+
+namespace {
+
+using detail::JointNormals;
+using detail::NormalDensity;
+using test::NormalPdf;
+
+class Numbers {
+public:
+    double next() { return std::uniform_real_distribution<double>(-2.0, 2.0)(random_); }
+
+    std::vector<double> row(std::size_t size) {
+        std::vector<double> values(size);
+        for (double& value : values) {
+            value = next();
+        }
+        return values;
+    }
+
+    test::Rows rows(std::size_t number, std::size_t size) {
+        test::Rows all;
+        for (std::size_t i = 0; i < number; ++i) {
+            all.push_back(row(size));
+        }
+        return all;
+    }
+
+private:
+    std::mt19937 random_{3};
+};
+
+const NormalDensity& densityOf(const NormalPdf& pdf) {
+    return *detail::readyDensity(pdf.record(), pdf.record().mean.numRows);
+}
+
+/// Densities of 1 to 12 measurements and of more than the stack has room for, each from another place on.
+class Several {
+public:
+    Several() {
+        for (std::size_t size = 1; size <= 12; ++size) {
+            add(size, 20);
+        }
+        add(70, 80);
+        add(3, 2); // singular
+    }
+
+    void add(std::size_t size, std::size_t numSamples) {
+        pdfs_.emplace_back(numbers.rows(numSamples, size));
+        EXPECT_TRUE(JointNormals::canTake(densityOf(pdfs_.back())));
+        normals.append(densityOf(pdfs_.back()), pdfs_.size() % 5);
+    }
+
+    void expectTheirBits(const std::vector<double>& values) const {
+        std::vector<double> logValues(pdfs_.size());
+        ASSERT_EQ(normals.size(), pdfs_.size());
+        EXPECT_TRUE(normals.evaluate(values.data(), logValues.data()));
+        for (std::size_t i = 0; i < pdfs_.size(); ++i) {
+            EXPECT_EQ(logValues[i], densityOf(pdfs_[i]).logValue(values.data() + (i + 1) % 5)) << i;
+        }
+    }
+
+    Numbers numbers;
+    JointNormals normals;
+
+private:
+    std::deque<NormalPdf> pdfs_; // which stay where they are
+};
+
+TEST(JointNormals, GiveTheBitsOfEachDensity) {
+    Several several;
+    for (int i = 0; i < 20; ++i) {
+        std::vector<double> values = several.numbers.row(80);
+        several.expectTheirBits(values);
+        values[2] = 1e130;
+        several.expectTheirBits(values);
+    }
+}
+
+TEST(JointNormals, LeaveValuesThatAreFarAwayToTheDensities) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    Several several;
+    for (const double odd : {infinity, -infinity, std::nan(""), 1e140, -1e300}) {
+        for (std::size_t place = 0; place < 70; ++place) {
+            std::vector<double> values = several.numbers.row(80);
+            values[place] = odd;
+            std::vector<double> logValues(several.normals.size());
+            EXPECT_FALSE(several.normals.evaluate(values.data(), logValues.data())) << odd << ' ' << place;
+        }
+    }
+}
+
+TEST(JointNormals, LeaveConstantMeasurementsToTheDensities) {
+    const NormalPdf constant(test::Rows{{1.0, 3.0}, {2.0, 3.0}, {4.0, 3.0}});
+    EXPECT_FALSE(JointNormals::canTake(densityOf(constant)));
+    const NormalPdf firstIsConstant(test::Rows{{3.0, 1.0}, {3.0, 2.0}, {3.0, 4.0}});
+    EXPECT_FALSE(JointNormals::canTake(densityOf(firstIsConstant)));
+}
+
+} // namespace
