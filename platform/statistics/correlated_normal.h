@@ -30,9 +30,6 @@ public:
     /// finite and not below lowestLogDensity.
     double logValue(const double* values) const;
 
-    /// Whether these are the first ones of a pattern, in order.
-    bool areLeading() const noexcept { return areLeading_; }
-
     const Whitening& whitening() const noexcept { return whitening_; }
 
     /// A squared distance up to here is that of standardised values none of which is far away.
@@ -46,7 +43,7 @@ private:
 
     std::vector<VaryingMeasurement> measurements_;
     Whitening whitening_;
-    bool areLeading_ = true;
+    bool areLeading_ = true; // the measurements are the first ones of a pattern, in order
     double logNormaliser_ = 0.0;
 };
 

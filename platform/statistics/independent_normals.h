@@ -21,8 +21,8 @@ public:
     std::size_t size() const noexcept { return indices_.size(); }
 
     /// Puts the log value of each density at the values of a pattern into `logValues`, which has room for
-    /// paddedToLanes(size()) numbers. One that is not above leastCertain is not the answer of NormalDensity,
-    /// which has a least value and one kind of NaN.
+    /// paddedToLanes(size()) numbers; there is at least one. One that is not above leastCertain is not the
+    /// answer of NormalDensity, which has a least value and one kind of NaN.
     void logValues(const double* values, double* logValues) const noexcept;
 
     static constexpr double leastCertain = -1e269;

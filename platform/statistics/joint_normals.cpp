@@ -1,7 +1,7 @@
 #include "platform/statistics/joint_normals.h"
 
+#include "platform/statistics/joint_normals_kernel.h"
 #include "platform/statistics/scratch.h"
-#include "platform/statistics/whitening_kernel.h"
 
 #include <algorithm>
 
@@ -11,23 +11,10 @@ namespace {
 
 using Member = JointNormals::Member;
 
-template <class Lanes>
-VXCLASSIFIER_INLINE bool evaluateIn(const Member* begin, const Member* end, const double* values,
-                                    double* standardised, double* logValues) noexcept {
-    bool areNear = true;
-    for (const Member* member = begin; member != end; ++member) {
-        const double squaredLength =
-            squaredLengthIn<Lanes>(member->block, member->order, values + member->first, standardised);
-        areNear = areNear && squaredLength <= CorrelatedNormal::surelyNear;
-        *logValues++ = member->logNormaliser - 0.5 * squaredLength;
-    }
-    return areNear;
-}
-
 #if VXCLASSIFIER_HAS_AVX2
 VXCLASSIFIER_AVX2 bool evaluateInWideLanes(const Member* begin, const Member* end, const double* values,
                                            double* standardised, double* logValues) noexcept {
-    return evaluateIn<WideLanes>(begin, end, values, standardised, logValues);
+    return evaluateMembersIn<WideLanes>(begin, end, values, standardised, logValues);
 }
 #endif
 
@@ -38,13 +25,13 @@ bool evaluateAll(const Member* begin, const Member* end, const double* values, d
         return evaluateInWideLanes(begin, end, values, standardised, logValues);
     }
 #endif
-    return evaluateIn<NarrowLanes>(begin, end, values, standardised, logValues);
+    return evaluateMembersIn<NarrowLanes>(begin, end, values, standardised, logValues);
 }
 
 } // namespace
 
 bool JointNormals::canTake(const NormalDensity& density) noexcept {
-    return density.constant().empty() && density.varying().areLeading();
+    return density.constant().empty(); // so those that vary are all of them, in order
 }
 
 void JointNormals::append(const NormalDensity& density, std::size_t first) {

@@ -27,11 +27,9 @@ constexpr std::size_t paddedToLanes(std::size_t size) noexcept {
 }
 
 /// Sets what may not get a value of its own behind `padded` lanes' data to 0, before they get theirs: always
-/// as many numbers, which needs no call.
+/// as many numbers, which needs no call. There are some.
 inline void fillLastLanes(double* values, std::size_t padded) noexcept {
-    if (padded != 0) {
-        std::fill_n(values + padded - numLanes, numLanes, 0.0);
-    }
+    std::fill_n(values + padded - numLanes, numLanes, 0.0);
 }
 
 /// Numbers side by side in one register. Like what is made of it, it is for inlining only: wide registers

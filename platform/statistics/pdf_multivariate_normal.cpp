@@ -310,12 +310,12 @@ void detail::prepareOnDemandOnly(vmath_PDFMultivariateNormal& pdf) noexcept {
     pdf.state->isPreparedOnDemandOnly = true;
 }
 
-/// A block that has room is there only since samples have begun to wait: the statistics fit, and nothing but
-/// samples has come since then.
+/// A block that has room is there only since samples have begun to wait: updates are going on, the statistics
+/// fit, and nothing but samples has come since then.
 bool detail::joinWaitingSamples(vmath_PDFMultivariateNormal& pdf, const double* values,
                                 std::size_t size) noexcept {
     vmath_PDFMultivariateNormal_State& state = *pdf.state;
-    if (!state.isUpdating || !state.block.hasRoomFor(size)) {
+    if (!state.block.hasRoomFor(size)) {
         return false;
     }
     state.block.add(values, 1.0);

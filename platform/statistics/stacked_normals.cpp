@@ -9,33 +9,22 @@ namespace detail {
 
 namespace {
 
-constexpr std::size_t membersOfBlock = numLanes / 2;
-
-template <class Lanes>
-VXCLASSIFIER_INLINE void addUpAllIn(const double* blocks, std::size_t size, const double* values,
-                                    std::size_t number, double* sums) noexcept {
-    for (std::size_t first = 0; first < size; first += membersOfBlock) {
-        addUpLogValuesIn<Lanes>(blocks, values, number, sums + first);
-        blocks += 3 * membersOfBlock * number;
-    }
-}
-
 #if VXCLASSIFIER_HAS_AVX2
-VXCLASSIFIER_AVX2 void addUpAllInWideLanes(const double* blocks, std::size_t size, const double* values,
-                                           std::size_t number, double* sums) noexcept {
-    addUpAllIn<WideLanes>(blocks, size, values, number, sums);
+VXCLASSIFIER_AVX2 void addUpStacksInWideLanes(const double* blocks, std::size_t size, const double* values,
+                                              std::size_t number, double* sums) noexcept {
+    addUpStacksIn<WideLanes>(blocks, size, values, number, sums);
 }
 #endif
 
-void addUpAll(const double* blocks, std::size_t size, const double* values, std::size_t number,
-              double* sums) noexcept {
+void addUpStacks(const double* blocks, std::size_t size, const double* values, std::size_t number,
+                 double* sums) noexcept {
 #if VXCLASSIFIER_HAS_AVX2
     if (hasAvx2()) {
-        addUpAllInWideLanes(blocks, size, values, number, sums);
+        addUpStacksInWideLanes(blocks, size, values, number, sums);
         return;
     }
 #endif
-    addUpAllIn<NarrowLanes>(blocks, size, values, number, sums);
+    addUpStacksIn<NarrowLanes>(blocks, size, values, number, sums);
 }
 
 } // namespace
@@ -46,19 +35,19 @@ bool StackedNormals::canTake(const IndependentNormals& normals) const noexcept {
 
 void StackedNormals::append(const IndependentNormals& normals) {
     const std::size_t number = normals.size();
-    const std::size_t lane = size_ % membersOfBlock;
+    const std::size_t lane = size_ % membersOfStack;
     if (lane == 0) {
-        blocks_.resize(blocks_.size() + 3 * membersOfBlock * number);
+        blocks_.resize(blocks_.size() + 3 * membersOfStack * number);
         indices_ = normals.indices();
         areLeading_ = normals.areLeading();
     }
-    std::size_t place = blocks_.size() - 3 * membersOfBlock * number + lane;
+    std::size_t place = blocks_.size() - 3 * membersOfStack * number + lane;
     for (std::size_t i = 0; i < number; ++i) {
         const IndependentNormals::Parameters one = normals[i];
         blocks_[place] = one.mean;
-        blocks_[place + membersOfBlock] = one.reciprocalDeviation;
-        blocks_[place + 2 * membersOfBlock] = one.logNormaliser;
-        place += 3 * membersOfBlock;
+        blocks_[place + membersOfStack] = one.reciprocalDeviation;
+        blocks_[place + 2 * membersOfStack] = one.logNormaliser;
+        place += 3 * membersOfStack;
     }
     ++size_;
 }
@@ -70,7 +59,7 @@ bool StackedNormals::addUp(const double* values, double* sums) const {
                        [values](std::size_t index) { return values[index]; });
         values = scratch.data();
     }
-    addUpAll(blocks_.data(), size_, values, indices_.size(), sums);
+    addUpStacks(blocks_.data(), size_, values, indices_.size(), sums);
     return std::all_of(sums, sums + size_, IndependentNormals::isCertainSum);
 }
 

@@ -153,6 +153,26 @@ TEST(CategoryPanel, LeavesModelsThatAreNotAlikeToThemselves) {
     }
 }
 
+/// Only an archive can bring them.
+TEST(CategoryPanel, LeavesModelsWithOtherOrdersOfSetsToThemselves) {
+    std::vector<vxPtrHandle<vx_CategoryModel>> models;
+    Numbers numbers(5);
+    for (const std::vector<std::vector<long>>& sets :
+         std::vector<std::vector<std::vector<long>>>{{{0}, {1}, {2}}, {{0}, {2}, {1}}, {{0}, {1}}}) {
+        const std::vector<Types::DistributionType> normal(sets.size(), Types::eMultivariateNormal);
+        const vxPtrHandle<vx_CategoryModelBayesian> model(
+            new vx_CategoryModelBayesian(static_cast<long>(models.size()), sets, normal, patternOf({})));
+        for (int i = 0; i < 5; ++i) {
+            model->adapt(patternOf(numbers.row(3)));
+        }
+        models.emplace_back(model);
+    }
+    const vxPtrHandle<vxClassifierTrainParams> params = paramsOf(normalTypes()).clone();
+    expectOneByOne(test::classifierOf({0, 1}, {models[0], models[1]}, params.get()), 3);
+    expectOneByOne(test::classifierOf({0, 2}, {models[0], models[2]}, params.get()), 3);
+    expectOneByOne(test::classifierOf({2, 0}, {models[2], models[0]}, params.get()), 3);
+}
+
 TEST(CategoryPanel, LeavesConstantMeasurementsToTheModels) {
     std::vector<Sample> samples;
     Numbers numbers(3);

@@ -1,5 +1,6 @@
 #include "platform/statistics/joint_normals.h"
 
+#include "platform/statistics/joint_normals_kernel.h"
 #include "platform/statistics/ready_density.h"
 #include "tests/platform/statistics/normal_pdf.h"
 
@@ -108,5 +109,53 @@ TEST(JointNormals, LeaveConstantMeasurementsToTheDensities) {
     const NormalPdf firstIsConstant(test::Rows{{3.0, 1.0}, {3.0, 2.0}, {3.0, 4.0}});
     EXPECT_FALSE(JointNormals::canTake(densityOf(firstIsConstant)));
 }
+
+/// Two members of any order, one behind the other.
+template <class Evaluate>
+std::vector<double> anyMembers(std::size_t order, double value, Evaluate evaluate) {
+    std::vector<double> block(2 * detail::paddedToLanes(order), 0.75);
+    for (std::size_t i = 0; i < 2 * order * detail::paddedToLanes(order); ++i) {
+        block.push_back(std::sin(static_cast<double>(i)));
+    }
+    const JointNormals::Member members[] = {{block.data(), order, 0, 0.5}, {block.data(), order, 1, -0.25}};
+    const std::vector<double> values(order + 1, value);
+    std::vector<double> standardised(order);
+    std::vector<double> logValues(2);
+    const bool areNear = evaluate(&members[0], &members[0] + 2, values, standardised, logValues);
+    logValues.push_back(areNear ? 1.0 : 0.0);
+    return logValues;
+}
+
+#if VXCLASSIFIER_HAS_AVX2
+std::vector<double> narrowMembers(std::size_t order, double value) {
+    return anyMembers(order, value,
+                      [](auto* begin, auto* end, auto& values, auto& standardised, auto& logValues) {
+                          return detail::evaluateMembersIn<detail::NarrowLanes>(
+                              begin, end, values.data(), standardised.data(), logValues.data());
+                      });
+}
+
+VXCLASSIFIER_AVX2 bool evaluateInWideLanes(const JointNormals::Member* begin, const JointNormals::Member* end,
+                                           const double* values, double* standardised, double* logValues) {
+    return detail::evaluateMembersIn<detail::WideLanes>(begin, end, values, standardised, logValues);
+}
+
+TEST(JointNormals, HaveTheSameBitsInNarrowAndWideRegisters) {
+    if (!detail::hasAvx2()) {
+        GTEST_SKIP() << "this processor has no wide registers";
+    }
+    for (std::size_t order = 1; order < 40; ++order) {
+        for (const double value : {1.25, -1e130, 1e140}) {
+            const std::vector<double> wide = anyMembers(
+                order, value, [](auto* begin, auto* end, auto& values, auto& standardised, auto& logValues) {
+                    return evaluateInWideLanes(begin, end, values.data(), standardised.data(),
+                                               logValues.data());
+                });
+            EXPECT_EQ(narrowMembers(order, value), wide);
+            EXPECT_EQ(wide.back(), value < 1e140 ? 1.0 : 0.0);
+        }
+    }
+}
+#endif
 
 } // namespace

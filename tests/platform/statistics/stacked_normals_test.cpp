@@ -112,9 +112,9 @@ TEST(StackedNormals, TakeOnlyWhatReadsTheSameMeasurements) {
 }
 
 #if VXCLASSIFIER_HAS_AVX2
-VXCLASSIFIER_AVX2 void addUpInWideLanes(const double* block, const double* values, std::size_t number,
-                                        double* sums) {
-    detail::addUpLogValuesIn<WideLanes>(block, values, number, sums);
+VXCLASSIFIER_AVX2 void addUpInWideLanes(const double* blocks, std::size_t size, const double* values,
+                                        std::size_t number, double* sums) {
+    detail::addUpStacksIn<WideLanes>(blocks, size, values, number, sums);
 }
 
 TEST(StackedNormals, HaveTheSameBitsInNarrowAndWideRegisters) {
@@ -122,17 +122,19 @@ TEST(StackedNormals, HaveTheSameBitsInNarrowAndWideRegisters) {
         GTEST_SKIP() << "this processor has no wide registers";
     }
     for (std::size_t number = 0; number < 20; ++number) {
-        std::vector<double> block;
-        std::vector<double> values;
-        for (std::size_t i = 0; i < 12 * number; ++i) {
-            block.push_back(std::sin(static_cast<double>(7 * i)));
-            values.push_back(std::cos(static_cast<double>(3 * i)));
+        for (std::size_t size = 0; size < 10; ++size) {
+            std::vector<double> blocks;
+            std::vector<double> values;
+            for (std::size_t i = 0; i < 3 * paddedToLanes(size) * number; ++i) {
+                blocks.push_back(std::sin(static_cast<double>(7 * i)));
+                values.push_back(std::cos(static_cast<double>(3 * i)));
+            }
+            std::vector<double> narrow(paddedToLanes(size), -1.0);
+            std::vector<double> wide(paddedToLanes(size), -1.0);
+            detail::addUpStacksIn<NarrowLanes>(blocks.data(), size, values.data(), number, narrow.data());
+            addUpInWideLanes(blocks.data(), size, values.data(), number, wide.data());
+            EXPECT_EQ(narrow, wide);
         }
-        std::vector<double> narrow(4, -1.0);
-        std::vector<double> wide(4, -1.0);
-        detail::addUpLogValuesIn<NarrowLanes>(block.data(), values.data(), number, narrow.data());
-        addUpInWideLanes(block.data(), values.data(), number, wide.data());
-        EXPECT_EQ(narrow, wide);
     }
 }
 #endif
