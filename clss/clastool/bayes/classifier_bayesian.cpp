@@ -66,6 +66,7 @@ vx_ClassifierBayesian::vx_ClassifierBayesian() noexcept = default;
 vx_ClassifierBayesian::vx_ClassifierBayesian(const vx_ClassifierBayesian&) = default;
 vx_ClassifierBayesian::~vx_ClassifierBayesian() = default;
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): all is copied before anything is replaced.
 vx_ClassifierBayesian& vx_ClassifierBayesian::operator=(const vx_ClassifierBayesian& other) {
     beginAssignment_();
     std::vector<long> labels = other.categoryLabels_;
