@@ -311,7 +311,7 @@ void detail::prepareOnDemandOnly(vmath_PDFMultivariateNormal& pdf) noexcept {
 }
 
 /// A block that has room is there only since samples have begun to wait: updates are going on, the statistics
-/// fit, and nothing but samples has come since then.
+/// fit, nothing but samples has come since then, and that they have changed has been noted.
 bool detail::joinWaitingSamples(vmath_PDFMultivariateNormal& pdf, const double* values,
                                 std::size_t size) noexcept {
     vmath_PDFMultivariateNormal_State& state = *pdf.state;
@@ -322,8 +322,6 @@ bool detail::joinWaitingSamples(vmath_PDFMultivariateNormal& pdf, const double* 
     if (state.block.isFull()) {
         state.block.moveInto(pdf, state.rest);
     }
-    state.isBehind = true;
-    state.isPrepared = false;
     return true;
 }
 
