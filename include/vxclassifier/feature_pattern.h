@@ -13,6 +13,7 @@
 namespace detail {
 class LoadingCore;
 class PatternObservation;
+class PatternRecord;
 class StoringCore;
 } // namespace detail
 
@@ -90,6 +91,7 @@ protected:
 
 private:
     friend class detail::PatternObservation;
+    friend class detail::PatternRecord;
 
     vxFeaturePattern() noexcept;
 

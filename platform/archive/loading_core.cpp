@@ -7,6 +7,7 @@
 #include "platform/status/code_points.h"
 
 #include <algorithm>
+#include <typeinfo>
 #include <utility>
 
 namespace detail {
@@ -127,7 +128,10 @@ void LoadingCore::getRecord(vxArchive& archive) {
     const std::uint64_t size = getLittleEndian<std::uint64_t>(takeBytes(sizeof(std::uint64_t)));
     requireElements(size, 1);
     make(makeObject);
-    fill(archive, *made_.back().object, size);
+    vxPersistent& object = *made_.back().object;
+    if (!getWhole(object, size)) {
+        fill(archive, object, size);
+    }
     ++records_;
     ++unreferenced_;
 }
@@ -170,6 +174,17 @@ void LoadingCore::make(MakeFunction makeObject) {
     }
 }
 
+/// Fills an object that can be filled in one step, if it is one.
+bool LoadingCore::getWhole(vxPersistent& object, std::uint64_t size) {
+    const WholeRecord* whole = wholeRecords_.get(object, [&] { return wholeRecordOf(typeid(object)); });
+    const std::size_t present = static_cast<std::size_t>(size); // it was compared with what is left
+    if (whole == nullptr || !whole->get(object, next_, present)) {
+        return false;
+    }
+    next_ += present;
+    return true;
+}
+
 void LoadingCore::fill(vxArchive& archive, vxPersistent& object, std::uint64_t size) {
     const unsigned char* outerEnd = std::exchange(end_, next_ + size);
     const VisitedScope scope;
@@ -190,8 +205,8 @@ std::uint32_t LoadingCore::getReference() {
         throw vxArchive::BadReference(
             L"The archive refers to an object that does not stand before the reference.");
     }
-    if (number > 0 && !std::exchange(made_[number - 1].isReferenced, true)) {
-        --unreferenced_;
+    if (number > 0) {
+        countReference(made_[number - 1]);
     }
     return static_cast<std::uint32_t>(number);
 }

@@ -2,9 +2,11 @@
 #define PLATFORM_ARCHIVE_LOADING_CORE_H
 
 #include "platform/archive/byte_order.h"
+#include "platform/archive/class_cache.h"
 #include "platform/archive/class_registry.h"
 #include "platform/archive/counted_part.h"
 #include "platform/archive/object_tracker.h"
+#include "platform/archive/whole_record.h"
 
 #include <vxclassifier/platform/ptr_handle.h>
 
@@ -54,6 +56,22 @@ public:
     const unsigned char* getBlock(std::size_t size) { return takeBytes(size); }
 
     vxPersistent* getPointer(vxArchive& archive);
+
+    /// The object that getPointer() would give, if it takes no more than to look it up: the pointer stands in
+    /// a record and the object is counted. Otherwise null, and nothing was read.
+    vxPersistent* getCounted() noexcept {
+        if (!usable_ || !inRecord_ || left() < sizeof(std::uint32_t)) {
+            return nullptr;
+        }
+        const auto number = getLittleEndian<std::uint32_t>(next_);
+        if (number == 0 || number > records_ || made_[number - 1].rep == nullptr) {
+            return nullptr;
+        }
+        next_ += sizeof(std::uint32_t);
+        lastHandedOut_ = number;
+        countReference(made_[number - 1]);
+        return made_[number - 1].object;
+    }
 
     /// Throws vxArchive::TooLarge unless `count` elements of at least `elementSize` bytes each can follow.
     /// The product may be larger than any number of bytes.
@@ -120,8 +138,14 @@ private:
     MakeFunction getClass();
     MakeFunction nameClass();
     void make(MakeFunction makeObject);
+    bool getWhole(vxPersistent& object, std::uint64_t size);
     void fill(vxArchive& archive, vxPersistent& object, std::uint64_t size);
     std::uint32_t getReference();
+    void countReference(Made& made) noexcept {
+        if (!std::exchange(made.isReferenced, true)) {
+            --unreferenced_;
+        }
+    }
     vxPersistent* handOut(std::uint32_t record);
     void releaseAll() noexcept;
 
@@ -136,6 +160,7 @@ private:
     std::size_t unreferenced_ = 0;    // how many complete ones no pointer has named yet
     std::uint32_t lastHandedOut_ = 0; // the record that the last pointer named
     CountedPart countedPart_;
+    ClassCache<const WholeRecord*> wholeRecords_;
     ObjectTracker uncounted_;
 };
 

@@ -16,6 +16,24 @@
 
 namespace detail {
 
+namespace {
+
+/// Writes what stands in front of the bytes of an object whose class is named already.
+void putHead(unsigned char* to, std::uint32_t classNumber, std::size_t size) noexcept {
+    putLittleEndian(to, classNumber);
+    putLittleEndian(to + sizeof(std::uint32_t), std::uint64_t{size});
+}
+
+/// Many batches with few elements each must not cost a copy each.
+template <class Element>
+void makeRoomFor(std::vector<Element>& elements, std::size_t count) {
+    if (elements.capacity() - elements.size() < count) {
+        elements.reserve(std::max(elements.size() + count, 2 * elements.capacity()));
+    }
+}
+
+} // namespace
+
 StoringCore::StoringCore() {
     room(frameSize);
 }
@@ -106,9 +124,7 @@ void StoringCore::putPointer(vxArchive& archive, vxPersistent* object) {
     requireUsable();
     const std::uint32_t met = meet(object);
     if (inRecord_) {
-        Reference& reference = references_.emplace_back();
-        reference.offset = archive_.size() - head_;
-        reference.met = met;
+        noteReference(archive_.size() - head_, met);
         room(sizeof(std::uint32_t));
         return;
     }
@@ -120,6 +136,33 @@ void StoringCore::putPointer(vxArchive& archive, vxPersistent* object) {
     }
     putLittleEndian(archive_.at(countOffset), records_ - before);
     putLittleEndian(room(sizeof(std::uint32_t)), recordOf(met));
+}
+
+void StoringCore::putPointers(vxArchive& archive, vxPersistent* const* objects, std::size_t count) {
+    if (!inRecord_) {
+        std::for_each(objects, objects + count, [&](vxPersistent* object) { putPointer(archive, object); });
+        return;
+    }
+    std::size_t offset = archive_.size() - head_;
+    room(count * sizeof(std::uint32_t));
+    for (std::size_t i = 0; i < count; ++i) {
+        noteReference(offset, meet(objects[i]));
+        offset += sizeof(std::uint32_t);
+    }
+}
+
+void StoringCore::expectPointers(std::size_t count) {
+    if (inRecord_) {
+        makeRoomFor(references_, count);
+        makeRoomFor(met_, count);
+    }
+}
+
+/// The record under way has a pointer at this distance from its head.
+void StoringCore::noteReference(std::size_t offset, std::uint32_t met) {
+    Reference& reference = references_.emplace_back();
+    reference.offset = offset;
+    reference.met = met;
 }
 
 /// The place of the object in met_, or `nothing` for null.
@@ -177,6 +220,25 @@ void StoringCore::putGraph(vxArchive& archive, std::uint32_t root) {
     }
 }
 
+/// Writes the record of an object that can be written in one step, if it is one; the others begin.
+bool StoringCore::putWhole(std::uint32_t met) {
+    Met& entry = met_[met];
+    if (entry.rep == nullptr) { // it may be gone
+        return false;
+    }
+    const StoredClass& type = classOf(*entry.object);
+    const std::size_t size =
+        type.whole == nullptr || type.number == unnumbered ? 0 : type.whole->size(*entry.object);
+    if (size == 0) {
+        return false;
+    }
+    unsigned char* head = room(headSize + size);
+    putHead(head, type.number, size);
+    type.whole->put(*entry.object, head + headSize);
+    entry.record = ++records_;
+    return true;
+}
+
 /// Writes the object's own bytes; its references are noted, not followed.
 void StoringCore::begin(vxArchive& archive, std::uint32_t met) {
     if (met_[met].rep == nullptr && tracker_.numberAt(met_[met].object) != met) {
@@ -222,8 +284,7 @@ bool StoringCore::isComplete(const Pending& object) const noexcept {
 void StoringCore::completeInPlace(const Pending& object) {
     unsigned char* head = archive_.at(head_);
     putReferences(object, head);
-    putLittleEndian(head, object.type->number);
-    putLittleEndian(head + sizeof(std::uint32_t), std::uint64_t{archive_.size() - head_ - headSize});
+    putHead(head, object.type->number, archive_.size() - head_ - headSize);
     finishRecord(object);
 }
 
@@ -248,7 +309,7 @@ void StoringCore::advance(vxArchive& archive) {
         if (met_[next].record == pendingRecord) {
             throw vxArchive::BadReference(L"The objects to be stored refer to each other in a circle.");
         }
-        if (met_[next].record == noRecord) {
+        if (met_[next].record == noRecord && !putWhole(next)) {
             begin(archive, next); // `top` may be gone
             return;
         }
@@ -298,7 +359,7 @@ StoringCore::StoredClass& StoringCore::findClassOf(const vxPersistent& object) {
         throw vxArchive::UnknownClass(L"The class " + widened(name) +
                                       L" is not registered with the archive.");
     }
-    return classes_.emplace(type, StoredClass{name, unnumbered}).first->second;
+    return classes_.emplace(type, StoredClass{name, unnumbered, wholeRecordOf(type)}).first->second;
 }
 
 /// Writes the class's number; the first record of a class brings the name along.

@@ -7,6 +7,7 @@
 #include "platform/archive/counted_part.h"
 #include "platform/archive/object_tracker.h"
 #include "platform/archive/stamps.h"
+#include "platform/archive/whole_record.h"
 
 #include <vxclassifier/platform/ptr_handle.h>
 
@@ -49,6 +50,12 @@ public:
 
     void putPointer(vxArchive& archive, vxPersistent* object);
 
+    /// The same for several pointers.
+    void putPointers(vxArchive& archive, vxPersistent* const* objects, std::size_t count);
+
+    /// To be called before so many pointers are put, so that memory is taken for all of them at once.
+    void expectPointers(std::size_t count);
+
     /// Something was left half written: the archive cannot be used any more.
     void fail() noexcept { usable_ = false; }
 
@@ -82,6 +89,7 @@ private:
     struct StoredClass {
         std::string name;
         std::uint32_t number = unnumbered;
+        const WholeRecord* whole = nullptr;
     };
     static constexpr std::uint32_t unnumbered = 0xffffffffU;
 
@@ -117,9 +125,11 @@ private:
     static std::uint32_t representable(unsigned long value);
 
     std::uint32_t meet(vxPersistent* object);
+    void noteReference(std::size_t offset, std::uint32_t met);
     std::uint32_t find(const vxPersistent& object) const noexcept;
     void track(std::uint32_t met);
     void putGraph(vxArchive& archive, std::uint32_t root);
+    bool putWhole(std::uint32_t met);
     void begin(vxArchive& archive, std::uint32_t met);
     void dispatch(vxArchive& archive, vxPersistent& object);
     bool isComplete(const Pending& object) const noexcept;

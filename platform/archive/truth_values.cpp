@@ -63,7 +63,8 @@ std::size_t countTrue(const unsigned char* from, std::size_t count) noexcept {
     while (count - good >= group && getLittleEndian<std::uint64_t>(from + good) == ones) {
         good += group;
     }
-    return static_cast<std::size_t>(std::find(from + good, from + count, 0) - from);
+    const auto isNotTrue = [](unsigned char byte) { return byte != 1; };
+    return static_cast<std::size_t>(std::find_if(from + good, from + count, isNotTrue) - from);
 }
 
 void getTruthValues(std::vector<bool>& values, const unsigned char* from, std::size_t count) {

@@ -16,7 +16,7 @@ void putTruthValues(unsigned char* to, const std::vector<bool>& values) noexcept
 /// How many of the bytes there are in front of the first one that is neither 0 nor 1.
 std::size_t countTruthValues(const unsigned char* from, std::size_t count) noexcept;
 
-/// How many of the bytes, each of which is 0 or 1, there are in front of the first 0.
+/// How many of the bytes there are in front of the first one that is not 1.
 std::size_t countTrue(const unsigned char* from, std::size_t count) noexcept;
 
 /// Replaces the values by those of so many bytes, each of which is 0 or 1.

@@ -2,6 +2,7 @@
 
 #include "clss/clastool/foundation/parallel_vectors.h"
 #include "platform/archive/class_level.h"
+#include "platform/archive/handle_batch.h"
 
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/platform/archive.h>
@@ -149,6 +150,6 @@ void vxClassifierDataProviderMemory::serialize_(vxArchive& archive, unsigned cha
     }
     archive || name_;
     archive || description_;
-    archive || patterns_;
+    detail::exchangeHandles(archive, patterns_);
     archive || labels_;
 }

@@ -4,6 +4,7 @@
 #include "platform/archive/class_level.h"
 #include "platform/archive/truth_exchange.h"
 #include "platform/archive/visited_scope.h"
+#include "platform/archive/whole_record.h"
 
 #include <vxclassifier/platform/archive.h>
 
@@ -11,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <typeinfo>
 #include <vector>
 
 // An archive of training data is patterns by the hundred thousand, so a whole pattern goes in one step
@@ -30,6 +32,7 @@ constexpr std::size_t vectorHead = 1 + sizeof(std::uint32_t);
 struct Layout {
     std::size_t numMeasurements = 0;
     std::size_t numMarks = 0;
+    bool areAllValid = false; // found out by read()
 
     static constexpr std::size_t measurements() noexcept { return levels + vectorHead; }
     std::size_t secondHead() const noexcept { return measurements() + numMeasurements * sizeof(double); }
@@ -47,11 +50,95 @@ struct Layout {
             return false;
         }
         numMarks = detail::getLittleEndian<std::uint32_t>(from + secondHead() + 1);
-        return numMarks <= left - marks() &&
-               detail::ValidityMarks::areInline(from + marks(), numMarks, numMeasurements) &&
-               detail::countTruthValues(from + marks(), numMarks) == numMarks;
+        if (numMarks > left - marks()) {
+            return false;
+        }
+        areAllValid = numMarks == numMeasurements && detail::countTrue(from + marks(), numMarks) == numMarks;
+        return areAllValid || (detail::ValidityMarks::areInline(from + marks(), numMarks, numMeasurements) &&
+                               detail::countTruthValues(from + marks(), numMarks) == numMarks);
     }
 };
+
+} // namespace
+
+/// What a pattern's record is made from, and made into, in one step.
+class detail::PatternRecord {
+public:
+    static std::size_t size(const vxFeaturePattern& pattern) noexcept {
+        Layout layout = layoutOf(pattern);
+        const bool canBeCounted =
+            std::max(layout.numMeasurements, layout.numMarks) <= std::numeric_limits<std::uint32_t>::max();
+        return canBeCounted ? layout.size() : 0;
+    }
+
+    static void put(const vxFeaturePattern& pattern, unsigned char* to) noexcept {
+        const Layout layout = layoutOf(pattern);
+        to[0] = 0;
+        to[1] = 0;
+        to[levels] = 0;
+        putLittleEndian(to + levels + 1, static_cast<std::uint32_t>(layout.numMeasurements));
+        putDoubles(to + Layout::measurements(), pattern.measurements_.data(), layout.numMeasurements);
+        to[layout.secondHead()] = 0;
+        putLittleEndian(to + layout.secondHead() + 1, static_cast<std::uint32_t>(layout.numMarks));
+        pattern.validity_.put(to + layout.marks(), layout.numMeasurements);
+    }
+
+    /// `layout` was read from there. If this throws for want of memory, nothing has changed.
+    static void get(vxFeaturePattern& pattern, const unsigned char* from, const Layout& layout) {
+        getMeasurements(pattern.measurements_, from + Layout::measurements(), layout.numMeasurements);
+        pattern.validity_ = layout.areAllValid ? ValidityMarks()
+                                               : ValidityMarks(from + layout.marks(), layout.numMarks,
+                                                               layout.numMeasurements);
+    }
+
+private:
+    /// The one step that may fail. A vector that grows gives its elements values first, which takes as long
+    /// as to copy a few from elsewhere.
+    static void getMeasurements(std::vector<double>& to, const unsigned char* from, std::size_t count) {
+        constexpr std::size_t few = 32;
+        if (count > few) {
+            to.resize(count);
+            getDoubles(to.data(), from, count);
+            return;
+        }
+        double values[few];
+        getDoubles(values, from, count);
+        to.assign(values, values + count);
+    }
+
+    static Layout layoutOf(const vxFeaturePattern& pattern) noexcept {
+        Layout layout;
+        layout.numMeasurements = pattern.measurements_.size();
+        layout.numMarks = pattern.validity_.size(layout.numMeasurements);
+        return layout;
+    }
+};
+
+namespace {
+
+const vxFeaturePattern& asPattern(const vxPersistent& object) noexcept {
+    return static_cast<const vxFeaturePattern&>(object);
+}
+
+std::size_t sizeOf(const vxPersistent& object) {
+    return detail::PatternRecord::size(asPattern(object));
+}
+
+void put(const vxPersistent& object, unsigned char* to) noexcept {
+    detail::PatternRecord::put(asPattern(object), to);
+}
+
+bool get(vxPersistent& object, const unsigned char* from, std::size_t size) {
+    Layout layout;
+    if (!layout.read(from, size) || layout.size() != size) {
+        return false;
+    }
+    detail::PatternRecord::get(static_cast<vxFeaturePattern&>(object), from, layout);
+    return true;
+}
+
+constexpr detail::WholeRecord wholeRecord{&sizeOf, &put, &get};
+const detail::WholeRecordOffer offer(typeid(vxFeaturePattern), wholeRecord);
 
 } // namespace
 
@@ -79,35 +166,21 @@ bool vxFeaturePattern::exchangeWhole_(vxArchive& archive) {
 }
 
 bool vxFeaturePattern::storeWhole_(StoringCore& core) const {
-    Layout layout;
-    layout.numMeasurements = measurements_.size();
-    layout.numMarks = validity_.size(measurements_.size());
-    if (std::max(layout.numMeasurements, layout.numMarks) > std::numeric_limits<std::uint32_t>::max()) {
-        return false;
+    const std::size_t size = detail::PatternRecord::size(*this);
+    if (size != 0) {
+        detail::PatternRecord::put(*this, core.putBlock(size));
     }
-    unsigned char* const to = core.putBlock(layout.size());
-    to[0] = 0;
-    to[1] = 0;
-    to[levels] = 0;
-    detail::putLittleEndian(to + levels + 1, static_cast<std::uint32_t>(layout.numMeasurements));
-    detail::putDoubles(to + Layout::measurements(), measurements_.data(), layout.numMeasurements);
-    to[layout.secondHead()] = 0;
-    detail::putLittleEndian(to + layout.secondHead() + 1, static_cast<std::uint32_t>(layout.numMarks));
-    validity_.put(to + layout.marks(), layout.numMeasurements);
-    return true;
+    return size != 0;
 }
 
 bool vxFeaturePattern::loadWhole_(LoadingCore& core) {
     core.requireUsable();
-    const unsigned char* const from = core.next();
     Layout layout;
-    if (!layout.read(from, core.left())) {
+    if (!layout.read(core.next(), core.left())) {
         return false;
     }
     detail::PatternObservation::changed(*this);
-    measurements_.resize(layout.numMeasurements); // the one step that may fail
-    detail::getDoubles(measurements_.data(), from + Layout::measurements(), layout.numMeasurements);
-    validity_ = detail::ValidityMarks(from + layout.marks(), layout.numMarks, layout.numMeasurements);
+    detail::PatternRecord::get(*this, core.next(), layout);
     core.getBlock(layout.size());
     return true;
 }

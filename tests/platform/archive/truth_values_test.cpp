@@ -62,12 +62,14 @@ TEST(TruthValues, TheFirstByteThatIsNoneIsFound) {
     }
 }
 
-TEST(TruthValues, TheFirstFalseOneIsFound) {
-    for (std::size_t at = 0; at < 40; ++at) {
-        Bytes bytes(40, 1);
-        bytes[at] = 0;
-        EXPECT_EQ(detail::countTrue(bytes.data(), bytes.size()), at);
-        EXPECT_EQ(detail::countTrue(bytes.data(), at), at);
+TEST(TruthValues, TheFirstOneThatIsNotTrueIsFound) {
+    for (const unsigned char other : Bytes{0x00, 0x02, 0x03, 0x81, 0xff}) {
+        for (std::size_t at = 0; at < 40; ++at) {
+            Bytes bytes(40, 1);
+            bytes[at] = other;
+            EXPECT_EQ(detail::countTrue(bytes.data(), bytes.size()), at);
+            EXPECT_EQ(detail::countTrue(bytes.data(), at), at);
+        }
     }
 }
 
