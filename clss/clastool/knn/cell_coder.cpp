@@ -45,7 +45,14 @@ const CellCoder& portableCellCoder() noexcept {
 }
 
 const CellCoder& bestCellCoder() noexcept {
-    static const CellCoder& best = avx2CellCoder() != nullptr ? *avx2CellCoder() : portable;
+    static const CellCoder& best = []() -> const CellCoder& {
+        for (const CellCoder* coder : {avx512CellCoder(), avx2CellCoder()}) {
+            if (coder != nullptr) {
+                return *coder;
+            }
+        }
+        return portable;
+    }();
     return best;
 }
 

@@ -38,6 +38,7 @@ const CellCoder& portableCellCoder() noexcept;
 
 /// Null where the compiler or the processor does not know these instructions.
 const CellCoder* avx2CellCoder() noexcept;
+const CellCoder* avx512CellCoder() noexcept;
 
 } // namespace detail
 

@@ -52,9 +52,12 @@ protected:
     }
 };
 
+constexpr std::array<const char*, 3> names{"Portable", "Avx2", "Avx512"};
+
 INSTANTIATE_TEST_SUITE_P(All, CellCoders,
-                         ::testing::Values(&detail::portableCellCoder(), detail::avx2CellCoder()),
-                         [](const auto& test) { return test.index == 0 ? "Portable" : "Avx2"; });
+                         ::testing::Values(&detail::portableCellCoder(), detail::avx2CellCoder(),
+                                           detail::avx512CellCoder()),
+                         [](const auto& test) { return names[test.index]; });
 
 TEST_P(CellCoders, FindTheCellsThatAPlainCountFinds) {
     std::mt19937_64 engine(1);
