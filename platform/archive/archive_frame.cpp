@@ -1,18 +1,12 @@
 #include "platform/archive/archive_frame.h"
 
 #include "platform/archive/byte_order.h"
+#include "platform/archive/checksum.h"
 
 #include <vxclassifier/platform/archive.h>
 
-#include <isa-l/crc.h>
-
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
-
 #include <algorithm>
 #include <istream>
-#include <limits>
 
 namespace detail {
 
@@ -27,37 +21,6 @@ constexpr std::size_t versionOffset = 8;
 constexpr std::size_t lengthOffset = 12;
 constexpr std::size_t payloadCrcOffset = 20;
 constexpr std::size_t headerCrcOffset = 24;
-
-#if defined(__x86_64__)
-__attribute__((target("avx"))) void clearUpperRegisterHalves() noexcept {
-    _mm256_zeroupper();
-}
-#endif
-
-/// ISA-L's checksum of 256 bytes and more leaves the upper halves of the AVX registers in use (measured
-/// with 2.30 on a processor with AVX-512). All ordinary floating-point code of the thread is slower from then
-/// on, std::log by a factor of 33, until somebody clears them.
-void leaveRegistersClean() noexcept {
-#if defined(__x86_64__)
-    if (__builtin_cpu_supports("avx")) {
-        clearUpperRegisterHalves();
-    }
-#endif
-}
-
-std::uint32_t crc32c(const unsigned char* bytes, std::size_t size) {
-    constexpr std::size_t most = static_cast<std::size_t>(std::numeric_limits<int>::max());
-    std::uint32_t crc = 0xffffffffU;
-    while (size > 0) {
-        const std::size_t part = std::min(size, most);
-        // The library reads only, but declares the bytes as writable.
-        crc = crc32_iscsi(const_cast<unsigned char*>(bytes), static_cast<int>(part), crc);
-        bytes += part;
-        size -= part;
-    }
-    leaveRegistersClean();
-    return ~crc;
-}
 
 /// Checks the header and returns the payload's length.
 std::uint64_t verifyHeader(const unsigned char* header) {
@@ -107,13 +70,13 @@ void appendFrom(std::istream& source, std::uint64_t count, std::vector<unsigned 
 
 } // namespace
 
-void sealFrame(std::vector<unsigned char>& archive) {
+void sealFrame(std::vector<unsigned char>& archive, std::uint32_t payloadCrc) {
     const std::size_t payloadSize = archive.size() - frameSize;
     unsigned char* header = archive.data();
     std::copy(std::begin(magic), std::end(magic), header);
     putLittleEndian<std::uint32_t>(header + versionOffset, formatVersion);
     putLittleEndian<std::uint64_t>(header + lengthOffset, payloadSize);
-    putLittleEndian<std::uint32_t>(header + payloadCrcOffset, crc32c(header + frameSize, payloadSize));
+    putLittleEndian<std::uint32_t>(header + payloadCrcOffset, payloadCrc);
     putLittleEndian<std::uint32_t>(header + headerCrcOffset, crc32c(header, headerCrcOffset));
 }
 

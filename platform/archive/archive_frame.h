@@ -2,6 +2,7 @@
 #define PLATFORM_ARCHIVE_ARCHIVE_FRAME_H
 
 #include <cstddef>
+#include <cstdint>
 #include <iosfwd>
 #include <vector>
 
@@ -11,8 +12,9 @@ namespace detail {
 /// header.
 constexpr std::size_t frameSize = 28;
 
-/// Writes the header over the first frameSize bytes of `archive`, whose payload stands behind them.
-void sealFrame(std::vector<unsigned char>& archive);
+/// Writes the header over the first frameSize bytes of `archive`, whose payload stands behind them and has
+/// this CRC-32C.
+void sealFrame(std::vector<unsigned char>& archive, std::uint32_t payloadCrc);
 
 /// Checks the whole archive. Throws vxArchive::CorruptFrame, or ShortData when its end is missing.
 void verifyFrame(const unsigned char* archive, std::size_t size);

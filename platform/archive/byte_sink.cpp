@@ -7,7 +7,7 @@ namespace detail {
 void ByteSink::prepare(std::size_t size, std::size_t capacity) {
     // A vector sets new bytes to zero. A few at a time are still near the processor when they get their
     // values.
-    constexpr std::size_t atOnce = std::size_t{1} << 15;
+    constexpr std::size_t atOnce = std::size_t{1} << 13;
     const std::size_t used = this->size();
     const std::size_t needed = used + size;
     if (needed > bytes_.capacity()) {

@@ -50,7 +50,29 @@ void StoringCore::requireUsable() const {
 
 void StoringCore::makeRoom(std::size_t size) {
     requireUsable();
+    sumUp();
     archive_.prepare(size, capacityFor(archive_.size() + size));
+}
+
+void StoringCore::sumUp() noexcept {
+    Checksum& sum = graph_ == 0 ? sum_ : graphSum_;
+    const std::size_t next = (graph_ == 0 ? frameSize : graph_) + sum.size();
+    const std::size_t end = inRecord_ ? head_ : archive_.size();
+    if (next < end) {
+        sum.add(archive_.at(next), end - next);
+    }
+}
+
+/// All records of the top-level pointer are written, and their number is.
+void StoringCore::joinSums() noexcept {
+    constexpr std::size_t much = std::size_t{1} << 16; // takes longer to sum up again than to append
+    if (graphSum_.size() >= much) {
+        const std::size_t next = frameSize + sum_.size();
+        sum_.add(archive_.at(next), graph_ - next);
+        sum_.append(graphSum_);
+    }
+    graphSum_ = Checksum();
+    graph_ = 0;
 }
 
 /// To copy what is there and to ask the system for fresh memory can take as long as all the rest. So once
@@ -132,9 +154,11 @@ void StoringCore::putPointer(vxArchive& archive, vxPersistent* object) {
     const std::uint32_t before = records_;
     room(sizeof(std::uint32_t));
     if (met != nothing && met_[met].record == noRecord) {
+        graph_ = archive_.size();
         putGraph(archive, met);
     }
     putLittleEndian(archive_.at(countOffset), records_ - before);
+    joinSums();
     putLittleEndian(room(sizeof(std::uint32_t)), recordOf(met));
 }
 
@@ -398,8 +422,9 @@ std::vector<unsigned char> StoringCore::finish() {
     }
     usable_ = false;
     releaseMet();
+    sumUp();
     std::vector<unsigned char> sealed = archive_.take();
-    sealFrame(sealed);
+    sealFrame(sealed, sum_.value());
     return sealed;
 }
 

@@ -3,6 +3,7 @@
 
 #include "platform/archive/byte_order.h"
 #include "platform/archive/byte_sink.h"
+#include "platform/archive/checksum.h"
 #include "platform/archive/class_cache.h"
 #include "platform/archive/counted_part.h"
 #include "platform/archive/object_tracker.h"
@@ -115,6 +116,8 @@ private:
         return archive_.extend(size);
     }
     void makeRoom(std::size_t size);
+    void sumUp() noexcept;
+    void joinSums() noexcept;
     std::size_t capacityFor(std::size_t size) const noexcept;
     template <class Number>
     void putNumber(Number value) {
@@ -149,6 +152,13 @@ private:
     bool usable_ = true;
     bool inRecord_ = false;
     std::size_t head_ = 0; // in archive_: of the record under way
+
+    // Sums of bytes that stay as they are, taken while these are still near the processor. The number of
+    // records of a top-level pointer is known when all of them are written, so what stands behind it has a
+    // sum of its own until then.
+    Checksum sum_;          // from the end of the frame on
+    Checksum graphSum_;     // from graph_ on
+    std::size_t graph_ = 0; // in archive_: of the first record of a top-level pointer under way, or 0
 
     // The stack of pending objects, and the bytes and references of all of them, innermost last.
     std::vector<Pending> pending_;
