@@ -8,7 +8,7 @@
 namespace test {
 
 /// Lets allocations of this thread fail as long as it lives. Compile failing_allocation.cpp into the test
-/// program: it replaces the operators new and delete for the program and the library.
+/// program: it replaces all forms of the operators new and delete for the program and the library.
 class FailingAllocation {
 public:
     /// The allocation that fails, counted from 1 from now on.

@@ -21,6 +21,7 @@ extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* memory, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* memory);
 }
 
@@ -53,6 +54,11 @@ void* realloc(void* memory, std::size_t size) noexcept {
     void* const moved = allocateUnlessFailing([memory, size] { return __libc_realloc(memory, size); });
     live -= moved == nullptr || memory == nullptr ? 0 : 1;
     return moved;
+}
+
+// What the operator new for more than the usual alignment calls.
+void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
+    return allocateUnlessFailing([alignment, size] { return __libc_memalign(alignment, size); });
 }
 
 void free(void* memory) noexcept {

@@ -9,9 +9,9 @@ namespace test {
 /// of its own.
 bool canFailMalloc() noexcept;
 
-/// Lets malloc, calloc and realloc give null on this thread as long as it lives, and so the operators new
-/// and whatever takes its memory without them, thrown exceptions included. Compile failing_malloc.cpp into
-/// the test program: it replaces malloc for the program and all its libraries.
+/// Lets malloc, calloc, realloc and aligned_alloc give null on this thread as long as it lives, and so the
+/// operators new and whatever takes its memory without them, thrown exceptions included. Compile
+/// failing_malloc.cpp into the test program: it replaces malloc for the program and all its libraries.
 class FailingMalloc {
 public:
     /// The allocation that fails, counted from 1 from now on.

@@ -335,6 +335,43 @@ TEST(CompactPatterns, AreDoneWithoutWhereMemoryIsShort) {
     EXPECT_EQ(CompactPatterns::copyOf(compact), nullptr);
 }
 
+/// Fails each allocation of following one pattern more than `count`; returns how many there are.
+long failEachAllocationOfFollowing(std::size_t count) {
+    const Store before = test::storeOf({count, Measurements(4, 1.0)});
+    Store after = before;
+    after.addData(test::pattern({1.0, 2.0, 3.0, 4.0}), 0);
+    for (long number = 1;; ++number) {
+        const long held = test::liveAllocations();
+        // Patterns are shared, and the copy changes as the original did.
+        Store store = before;
+        auto compact = CompactPatterns::describe(store);
+        store.addData(after.featurePattern(static_cast<long>(count)), 0);
+        bool happened = false;
+        {
+            const test::FailingAllocation failing(number);
+            CompactPatterns::follow(compact, store);
+            happened = test::FailingAllocation::happened();
+        }
+        EXPECT_EQ(compact == nullptr, happened) << count << " patterns, allocation " << number;
+        if (compact != nullptr) {
+            EXPECT_TRUE(compact->describes(store));
+        }
+        compact.reset();
+        store = Store();
+        EXPECT_EQ(test::liveAllocations(), held) << count << " patterns, allocation " << number;
+        if (!happened) {
+            return number - 1;
+        }
+    }
+}
+
+TEST(CompactPatterns, AreGivenUpWhereMemoryIsShortForAPatternThatIsAppended) {
+    EXPECT_EQ(failEachAllocationOfFollowing(100), 0);
+    EXPECT_EQ(failEachAllocationOfFollowing(250), 0);
+    EXPECT_EQ(failEachAllocationOfFollowing(256), 1); // for the codes of a further block
+    EXPECT_GT(failEachAllocationOfFollowing(192), 1); // the first codes
+}
+
 TEST(CompactPatterns, AreNotMadeOfPatternsThatAreTooWide) {
     const auto describeOne = [](std::size_t width) {
         return CompactPatterns::describe(test::storeOf({1, Measurements(width, 1.0)}));
