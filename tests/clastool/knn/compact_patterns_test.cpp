@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <random>
 
@@ -108,6 +109,34 @@ TEST(CompactPatterns, GiveEachOfFewValuesItsOwnCell) {
     for (std::size_t cell = 0; cell < CompactPatterns::numCells; ++cell) {
         EXPECT_EQ(compact->cells()[cell], static_cast<double>(cell) * 1.5);
         EXPECT_EQ(compact->cells()[CompactPatterns::numCells + cell], static_cast<double>(cell) * 1.5);
+    }
+}
+
+/// How many of the patterns lie in each cell of a measurement.
+std::vector<std::size_t> numInCells(const CompactPatterns& compact, std::size_t measurement) {
+    std::vector<std::size_t> numbers(CompactPatterns::numCells);
+    for (std::size_t i = 0; i < compact.numPatterns(); ++i) {
+        ++numbers[cellOf(compact, i, measurement)];
+    }
+    return numbers;
+}
+
+TEST(CompactPatterns, HaveAboutEquallyManyOfManyValuesInEachCell) {
+    const std::size_t count = 1600;
+    for (const double shift : {0.0, 1.0, -2000.0}) { // all signs
+        std::vector<Measurements> patterns;
+        for (std::size_t i = 0; i < count; ++i) {
+            const double value = static_cast<double>(i * 601 % count) + shift;
+            patterns.push_back({value, std::ldexp(1.0, static_cast<int>(value) / 16), -value});
+        }
+        const auto compact = CompactPatterns::describe(test::storeOf(patterns));
+        ASSERT_NE(compact, nullptr);
+        for (std::size_t j = 0; j < compact->width(); ++j) {
+            for (const std::size_t number : numInCells(*compact, j)) {
+                EXPECT_GE(number, count / 16 / 2) << "measurement " << j << ", from " << shift;
+                EXPECT_LE(number, count / 16 * 2) << "measurement " << j << ", from " << shift;
+            }
+        }
     }
 }
 

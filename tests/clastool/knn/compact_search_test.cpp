@@ -179,6 +179,43 @@ TEST(CompactSearch, FindsNeighborsThatComeLateAndNeighborsThatComeFirst) {
     }
 }
 
+constexpr std::size_t roomOfSearch = 64; // blocks that are selected from at once
+
+/// The most blocks that a search had selected from at once.
+std::size_t mostBlocks = 0;
+
+void countBlocks(const std::uint8_t* codes, std::size_t width, const std::uint8_t* tables,
+                 std::uint16_t units, std::size_t blocks, std::uint64_t* selected) {
+    mostBlocks = std::max(mostBlocks, blocks);
+    // A search that asks for more is to fail the test, and not to overwrite what lies behind its room.
+    detail::portableCellFilter().select(codes, width, tables, units, std::min(blocks, roomOfSearch),
+                                        selected);
+}
+
+TEST(CompactSearch, SelectsFromAsManyBlocksAtOnceAsItHasRoomForAndNeverFromMore) {
+    CellFilter counting = detail::portableCellFilter();
+    counting.select = &countBlocks;
+    const auto mostOf = [&](std::size_t count, std::size_t width) {
+        std::mt19937_64 engine(width);
+        const test::Data anywhere = test::kindsOfData().front();
+        const Searched searched(test::draw(anywhere, engine, count, width));
+        const test::PatternHandle query = test::pattern(test::draw(anywhere, engine, width));
+        mostBlocks = 0;
+        EXPECT_EQ(searched.find(*query, 2.0, 5, counting), scanned(*query, searched.store(), 2.0, 5));
+        return mostBlocks;
+    };
+    for (const std::size_t width : {1u, 2u, 4u, 8u}) {
+        EXPECT_EQ(mostOf(roomOfSearch * CompactPatterns::blockSize, width), roomOfSearch);
+        EXPECT_EQ(mostOf(100 * CompactPatterns::blockSize, width), roomOfSearch);
+    }
+    EXPECT_EQ(mostOf(6 * CompactPatterns::blockSize, 1), 6U);
+    for (const std::size_t width : {9u, 513u}) {
+        const std::size_t most = mostOf(10 * CompactPatterns::blockSize, width);
+        EXPECT_GT(most, 0U);
+        EXPECT_LE(most, 10U);
+    }
+}
+
 TEST(CompactSearch, IsPossibleForOrders1And2OfTheNormItselfOnly) {
     struct Derived : vxPatternDistanceMetricNorm {
         using vxPatternDistanceMetricNorm::vxPatternDistanceMetricNorm;
