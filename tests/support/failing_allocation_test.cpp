@@ -9,6 +9,13 @@
 #include <new>
 #include <vector>
 
+#ifndef __cpp_sized_deallocation // the functions are there all the same, for what other compilers have made
+void operator delete(void* memory, std::size_t size) noexcept;
+void operator delete[](void* memory, std::size_t size) noexcept;
+void operator delete(void* memory, std::size_t size, std::align_val_t alignment) noexcept;
+void operator delete[](void* memory, std::size_t size, std::align_val_t alignment) noexcept;
+#endif
+
 namespace {
 
 constexpr std::align_val_t aligned{64};
