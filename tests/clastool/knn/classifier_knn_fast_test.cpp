@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <random>
 
 namespace {
@@ -244,6 +245,55 @@ TEST(FastKNN, ACheckMayTrainTheClassifierThatMakesIt) {
         EXPECT_EQ(result.categoryResults().front().categoryLabel(), more == 0 ? 1 : 7);
         EXPECT_EQ(training.made, 300 + more + 1) << "for each pattern, and for the category";
     }
+}
+
+/// A check that does something when it is made for the first time.
+struct DoingOnce {
+    std::function<void()> action;
+    long made = 0;
+
+    static long check(void* context) {
+        DoingOnce& doing = *static_cast<DoingOnce*>(context);
+        if (++doing.made == 1) {
+            doing.action();
+        }
+        return vxStatus::success;
+    }
+};
+
+TEST(FastKNN, ACheckMayTrainAPatternThatIsTooOddToLeaveAnyOut) {
+    Store store;
+    for (long i = 0; i < 300; ++i) {
+        store.addData(test::pattern({static_cast<double>(i)}), 1);
+    }
+    OpenKNN classifier = test::trained(store, params(vxPatternDistanceMetricNorm(2.0), 1));
+    DoingOnce doing;
+    doing.action = [&] {
+        classifier.trainIncremental(*test::pattern({1e200}), 6);
+        classifier.trainIncremental(*test::pattern({-1.0}), 7);
+    };
+    const vxAttentionScope scope(&DoingOnce::check, &doing);
+    EXPECT_EQ(test::labels(test::run(classifier, {-1.0})), std::vector<long>{7});
+    EXPECT_EQ(doing.made, 302 + 1) << "for each pattern, and for the category";
+}
+
+TEST(FastKNN, ARunWhoseCheckTrainsAnewIsThatOfThePatternsFromBefore) {
+    Store rising;
+    Store falling; // with the same labels
+    for (long i = 0; i < 300; ++i) {
+        rising.addData(test::pattern({static_cast<double>(i)}), i);
+        falling.addData(test::pattern({static_cast<double>(299 - i)}), i);
+    }
+    const auto own = params(vxPatternDistanceMetricNorm(2.0), 1);
+    OpenKNN classifier = test::trained(rising, own);
+    DoingOnce doing;
+    doing.action = [&] { classifier.train(falling, own); };
+    {
+        const vxAttentionScope scope(&DoingOnce::check, &doing);
+        EXPECT_EQ(test::labels(test::run(classifier, {0.2})), std::vector<long>{0});
+    }
+    EXPECT_GE(doing.made, 300);
+    EXPECT_EQ(test::labels(test::run(classifier, {0.2})), std::vector<long>{299});
 }
 
 TEST(FastKNN, RefusesANeighborOfUnknownCategory) {

@@ -175,6 +175,16 @@ TEST(ArchiveVector, AFailingElementLeavesThoseBeforeIt) {
     EXPECT_EQ(texts, (std::vector<std::wstring>{L"a"}));
 }
 
+TEST(ArchiveVector, OfMoreElementsThan32BitsCountIsNotStored) {
+    if (std::numeric_limits<std::size_t>::digits <= 32) {
+        GTEST_SKIP() << "no vector has that many elements here";
+    }
+    // Of all vectors this one takes the least memory, half a gigabyte.
+    std::vector<bool> many(static_cast<std::size_t>(std::numeric_limits<std::uint32_t>::max()) + 1);
+    EXPECT_ERROR(test::archiveOf([&many](vxArchive& archive) { archive || many; }), vxArchive::TooLarge,
+                 L"An archive counts the elements of a vector with 32 bits only.");
+}
+
 TEST(ArchiveVector, MoreElementsThan32BitsCountAreRefused) {
     if (std::numeric_limits<std::size_t>::digits <= 32) {
         GTEST_SKIP() << "no vector has that many elements here";

@@ -53,6 +53,21 @@ TEST(Stamps, PlacesCanBeLeftOut) {
     }
 }
 
+/// Each archive here takes half of all stamps, the last quarter of them in one block.
+TEST(Stamps, AreNever0WhenAllHaveBeenGivenAndTheyBeginAnew) {
+    constexpr std::uint32_t places = 0x7ffffff0; // that its blocks have
+    for (int archive = 0; archive < 8; ++archive) {
+        Stamps few; // lets the next ones begin somewhere else
+        few.at(20);
+        Stamps stamps;
+        for (std::uint32_t place = places - 1000; place < places; ++place) {
+            const std::uint32_t stamp = stamps.at(place);
+            ASSERT_NE(stamp, 0U);
+            ASSERT_EQ(stamps.placeOf(stamp), place);
+        }
+    }
+}
+
 TEST(Stamps, ZeroIsNoStamp) {
     const Stamps unused;
     EXPECT_EQ(unused.placeOf(0), Stamps::none);

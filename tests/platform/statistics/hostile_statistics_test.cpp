@@ -208,6 +208,9 @@ TEST(HostileStatistics, NullAndNegativeArgumentsAreRefused) {
     broken.values = nullptr;
     EXPECT_EQ(vmath_PDFMultivariateNormal_logValue(record, &broken, &result), vmath_status::badArgument);
     broken = good;
+    broken.numValues = -1;
+    EXPECT_EQ(vmath_PDFMultivariateNormal_logValue(record, &broken, &result), vmath_status::badArgument);
+    broken = good;
     broken.numInvalid = 1;
     broken.invalidIndices = nullptr;
     data.patterns = &broken;
