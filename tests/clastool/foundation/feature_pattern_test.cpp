@@ -271,4 +271,22 @@ TEST(FeaturePatternArchive, APatternReferredToTwiceComesBackAsOne) {
     EXPECT_EQ(*a, *pattern);
 }
 
+/// What a derived class may do from anywhere.
+struct ExchangedDirectly : vxFeaturePattern {
+    using vxFeaturePattern::dispatchSerialize;
+    using vxFeaturePattern::vxFeaturePattern;
+};
+
+TEST(FeaturePattern, MayBeExchangedByADerivedClassOutsideOfAnObject) {
+    ExchangedDirectly pattern({1.0, 2.0, 3.0}, {1});
+    const Bytes directly = test::archiveOf([&](vxArchive& archive) { pattern.dispatchSerialize(archive); });
+    vxFeaturePattern plain = pattern;
+    EXPECT_EQ(directly, test::archiveOf([&](vxArchive& archive) { archive || plain; }));
+    ExchangedDirectly loaded({9.0}, {});
+    vxLoadingArchive archive(directly);
+    loaded.dispatchSerialize(archive);
+    archive.finish();
+    EXPECT_EQ(loaded, plain);
+}
+
 } // namespace
