@@ -59,15 +59,25 @@ vxClassifierResult expectedResult(const std::vector<double>& s, const std::vecto
 
 /// One more than the largest index is no number.
 TEST(ClassifierBayesianRun, TheLargestIndexOfAllIsOnlyOnePastThePattern) {
-    const auto ofDependent = [](long index) {
+    const auto withDependent = [](long index) {
         Types types = normalTypes();
         types.setDependent(5, {1, index});
         OpenBayesian classifier;
         classifier.train(dataOf(twoCategories()), paramsOf(types));
+        return classifier;
+    };
+    const auto ofRun = [&](long index) {
+        const OpenBayesian classifier = withDependent(index);
         return outcomeOf([&] { resultOf(classifier, patternOf({2.0, 7.0})); });
     };
-    EXPECT_NE(ofDependent(2), L"");
-    EXPECT_EQ(ofDependent(std::numeric_limits<long>::max()), ofDependent(2));
+    const auto ofTrial = [&](long index) {
+        const OpenBayesian classifier = withDependent(index);
+        return outcomeOf([&] { classifier.checkRunnable_(); });
+    };
+    EXPECT_NE(ofRun(2), L"");
+    EXPECT_EQ(ofRun(std::numeric_limits<long>::max()), ofRun(2));
+    EXPECT_NE(ofTrial(2), L"");
+    EXPECT_EQ(ofTrial(std::numeric_limits<long>::max()), ofTrial(2));
 }
 
 TEST(ClassifierBayesianRun, TheResultIsTheDefinitionToTheLastBit) {
