@@ -43,12 +43,25 @@ Results resultsOf(const OpenKNN& classifier) {
     return results;
 }
 
+enum class Outcome { refused, trainedAllTheSame, trainedWithoutFailure };
+
+Outcome trainWithFailure(OpenKNN& classifier, const vxFeaturePattern& pattern, long number) {
+    try {
+        const test::FailingAllocation failing(number);
+        classifier.trainIncremental(pattern, 60);
+        return test::FailingAllocation::happened() ? Outcome::trainedAllTheSame
+                                                   : Outcome::trainedWithoutFailure;
+    } catch (const std::bad_alloc&) {
+        return Outcome::refused;
+    }
+}
+
 /// Fails each allocation of training one pattern more than `count`. Expects the pattern to be trained, or an
 /// exception and all as before; returns how many failures were of the first kind.
 long failuresThatDoNotShow(long count) {
     const vxClassifierTrainParamsKNN params(3, vxPatternDistanceMetricNorm(2.0), vxClassifierCosts(1.0));
-    const OpenKNN before = test::trained(randomStore(count), params);
     const vxFeaturePattern pattern({3.0, 3.0, 3.0}, {});
+    const OpenKNN before = test::trained(randomStore(count), params);
     OpenKNN after = before;
     after.trainIncremental(pattern, 60);
     const Results resultsBefore = resultsOf(before);
@@ -58,26 +71,18 @@ long failuresThatDoNotShow(long count) {
     for (long number = 1;; ++number) {
         SCOPED_TRACE(number);
         const long held = test::liveAllocations();
-        bool happened = false;
+        Outcome outcome = Outcome::refused;
         {
             OpenKNN classifier = before;
-            bool isTrained = true;
-            try {
-                const test::FailingAllocation failing(number);
-                classifier.trainIncremental(pattern, 60);
-                happened = test::FailingAllocation::happened();
-            } catch (const std::bad_alloc&) {
-                isTrained = false;
-            }
-            EXPECT_EQ(classifier, isTrained ? after : before);
-            EXPECT_EQ(resultsOf(classifier), isTrained ? resultsAfter : resultsBefore);
-            quiet += happened ? 1 : 0;
-            happened = happened || !isTrained;
+            outcome = trainWithFailure(classifier, pattern, number);
+            EXPECT_EQ(classifier, outcome == Outcome::refused ? before : after);
+            EXPECT_EQ(resultsOf(classifier), outcome == Outcome::refused ? resultsBefore : resultsAfter);
         }
         EXPECT_EQ(test::liveAllocations(), held);
-        if (!happened) {
+        if (outcome == Outcome::trainedWithoutFailure) {
             return quiet;
         }
+        quiet += outcome == Outcome::trainedAllTheSame ? 1 : 0;
     }
 }
 
