@@ -1,20 +1,17 @@
 #include "clss/clastool/bayes/log_factorials.h"
 #include "clss/clastool/bayes/model_layout.h"
-#include "clss/clastool/bayes/scoring_plan.h"
 #include "clss/clastool/bayes/selection.h"
 #include "clss/clastool/bayes/truncated.h"
 
 #include "tests/support/expect_error.h"
 
 #include <vxclassifier/classifier_defs.h>
-#include <vxclassifier/pdf_multivariate_normal.h>
 #include <vxclassifier/platform/attention.h>
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
-#include <memory>
 
 // The parts of the technique that the library does not publish.
 
