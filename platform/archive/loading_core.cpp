@@ -124,27 +124,27 @@ void LoadingCore::makeRoomForRecords(std::size_t count) {
 }
 
 void LoadingCore::getRecord(vxArchive& archive) {
-    const MakeFunction makeObject = getClass();
+    NamedClass& named = getClass();
     const std::uint64_t size = getLittleEndian<std::uint64_t>(takeBytes(sizeof(std::uint64_t)));
     requireElements(size, 1);
-    make(makeObject);
+    make(named.make);
     vxPersistent& object = *made_.back().object;
-    if (!getWhole(object, size)) {
+    if (!getWhole(named, object, size)) {
         fill(archive, object, size);
     }
     ++records_;
     ++unreferenced_;
 }
 
-MakeFunction LoadingCore::getClass() {
+LoadingCore::NamedClass& LoadingCore::getClass() {
     const unsigned long number = getUnsigned();
     if (number > classes_.size()) {
         throw vxArchive::CorruptData(L"The archive uses a class before it names it.");
     }
-    return number < classes_.size() ? classes_[number].make : nameClass();
+    return number < classes_.size() ? classes_[number] : nameClass();
 }
 
-MakeFunction LoadingCore::nameClass() {
+LoadingCore::NamedClass& LoadingCore::nameClass() {
     const unsigned long length = getUnsigned();
     requireElements(length, 1);
     const unsigned char* first = takeBytes(length);
@@ -158,8 +158,10 @@ MakeFunction LoadingCore::nameClass() {
     if (std::any_of(classes_.begin(), classes_.end(), isSame)) {
         throw vxArchive::CorruptData(L"The archive names a class twice.");
     }
-    classes_.push_back(NamedClass{name, makeObject});
-    return makeObject;
+    NamedClass named;
+    named.name = name;
+    named.make = makeObject;
+    return classes_.emplace_back(std::move(named));
 }
 
 /// Makes the object of the next record. It belongs to the archive from the first moment, so that it neither
@@ -175,10 +177,16 @@ void LoadingCore::make(MakeFunction makeObject) {
 }
 
 /// Fills an object that can be filled in one step, if it is one.
-bool LoadingCore::getWhole(vxPersistent& object, std::uint64_t size) {
-    const WholeRecord* whole = wholeRecords_.get(object, [&] { return wholeRecordOf(typeid(object)); });
+bool LoadingCore::getWhole(NamedClass& named, vxPersistent& object, std::uint64_t size) {
+    if (named.type == nullptr) {
+        named.type = &typeid(object);
+        named.whole = wholeRecordOf(*named.type);
+    }
+    if (named.whole == nullptr || typeid(object) != *named.type) {
+        return false;
+    }
     const std::size_t present = static_cast<std::size_t>(size); // it was compared with what is left
-    if (whole == nullptr || !whole->get(object, next_, present)) {
+    if (!named.whole->get(object, next_, present)) {
         return false;
     }
     next_ += present;

@@ -2,7 +2,6 @@
 #define PLATFORM_ARCHIVE_LOADING_CORE_H
 
 #include "platform/archive/byte_order.h"
-#include "platform/archive/class_cache.h"
 #include "platform/archive/class_registry.h"
 #include "platform/archive/counted_part.h"
 #include "platform/archive/object_tracker.h"
@@ -13,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -116,7 +116,9 @@ private:
 
     struct NamedClass {
         std::string name;
-        MakeFunction make;
+        MakeFunction make = nullptr;
+        const std::type_info* type = nullptr; // of its first object, once that is there
+        const WholeRecord* whole = nullptr;   // of that class
     };
 
     const unsigned char* takeBytes(std::size_t size) {
@@ -135,10 +137,10 @@ private:
 
     void makeRoomForRecords(std::size_t count);
     void getRecord(vxArchive& archive);
-    MakeFunction getClass();
-    MakeFunction nameClass();
+    NamedClass& getClass();
+    NamedClass& nameClass();
     void make(MakeFunction makeObject);
-    bool getWhole(vxPersistent& object, std::uint64_t size);
+    bool getWhole(NamedClass& named, vxPersistent& object, std::uint64_t size);
     void fill(vxArchive& archive, vxPersistent& object, std::uint64_t size);
     std::uint32_t getReference();
     void countReference(Made& made) noexcept {
@@ -160,7 +162,6 @@ private:
     std::size_t unreferenced_ = 0;    // how many complete ones no pointer has named yet
     std::uint32_t lastHandedOut_ = 0; // the record that the last pointer named
     CountedPart countedPart_;
-    ClassCache<const WholeRecord*> wholeRecords_;
     ObjectTracker uncounted_;
 };
 

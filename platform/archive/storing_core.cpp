@@ -244,15 +244,38 @@ void StoringCore::putGraph(vxArchive& archive, std::uint32_t root) {
     }
 }
 
-/// Writes the record of an object that can be written in one step, if it is one; the others begin.
-bool StoringCore::putWhole(std::uint32_t met) {
-    Met& entry = met_[met];
-    if (entry.rep == nullptr) { // it may be gone
+/// Writes the object's own bytes; its references are noted, not followed. Returns whether its record is
+/// complete; otherwise the object is the innermost pending one.
+bool StoringCore::begin(vxArchive& archive, std::uint32_t met) {
+    if (met_[met].rep == nullptr && tracker_.numberAt(met_[met].object) != met) {
+        throw vxArchive::BadReference(L"An object to be stored was gone before it could be written.");
+    }
+    vxPersistent& object = *met_[met].object;
+    StoredClass& type = classOf(object); // an unregistered class is refused before anything of it is written
+    if (putWhole(met_[met], type)) {
+        return true;
+    }
+    Pending begun;
+    begun.met = met;
+    begun.type = &type;
+    begun.firstReference = references_.size();
+    begun.nextReference = references_.size();
+    met_[met].record = pendingRecord;
+    dispatch(archive, object);
+    if (isComplete(begun)) {
+        completeInPlace(begun);
+        return true;
+    }
+    putAside(begun);
+    return false;
+}
+
+/// Writes the record of an object that can be written in one step, if it is one.
+bool StoringCore::putWhole(Met& entry, const StoredClass& type) {
+    if (type.whole == nullptr || type.number == unnumbered) {
         return false;
     }
-    const StoredClass& type = classOf(*entry.object);
-    const std::size_t size =
-        type.whole == nullptr || type.number == unnumbered ? 0 : type.whole->size(*entry.object);
+    const std::size_t size = type.whole->size(*entry.object);
     if (size == 0) {
         return false;
     }
@@ -261,26 +284,6 @@ bool StoringCore::putWhole(std::uint32_t met) {
     type.whole->put(*entry.object, head + headSize);
     entry.record = ++records_;
     return true;
-}
-
-/// Writes the object's own bytes; its references are noted, not followed.
-void StoringCore::begin(vxArchive& archive, std::uint32_t met) {
-    if (met_[met].rep == nullptr && tracker_.numberAt(met_[met].object) != met) {
-        throw vxArchive::BadReference(L"An object to be stored was gone before it could be written.");
-    }
-    vxPersistent& object = *met_[met].object;
-    Pending begun;
-    begun.met = met;
-    begun.type = &classOf(object); // an unregistered class is refused before anything of it is written
-    begun.firstReference = references_.size();
-    begun.nextReference = references_.size();
-    met_[met].record = pendingRecord;
-    dispatch(archive, object);
-    if (isComplete(begun)) {
-        completeInPlace(begun);
-    } else {
-        putAside(begun);
-    }
 }
 
 /// Writes room for the record's head and the object's bytes.
@@ -320,8 +323,8 @@ void StoringCore::putAside(const Pending& object) {
     archive_.cutTo(head_);
 }
 
-/// Takes the innermost pending object one step further: begins the next object that it refers to, or
-/// completes it.
+/// Takes the innermost pending object further: begins the objects that it refers to, up to the first one that
+/// has to wait itself, or completes it.
 void StoringCore::advance(vxArchive& archive) {
     Pending& top = pending_.back();
     while (top.nextReference < references_.size()) {
@@ -333,9 +336,8 @@ void StoringCore::advance(vxArchive& archive) {
         if (met_[next].record == pendingRecord) {
             throw vxArchive::BadReference(L"The objects to be stored refer to each other in a circle.");
         }
-        if (met_[next].record == noRecord && !putWhole(next)) {
-            begin(archive, next); // `top` may be gone
-            return;
+        if (met_[next].record == noRecord && !begin(archive, next)) {
+            return; // `top` may be gone
         }
     }
     completeAside();

@@ -132,8 +132,8 @@ private:
     std::uint32_t find(const vxPersistent& object) const noexcept;
     void track(std::uint32_t met);
     void putGraph(vxArchive& archive, std::uint32_t root);
-    bool putWhole(std::uint32_t met);
-    void begin(vxArchive& archive, std::uint32_t met);
+    bool begin(vxArchive& archive, std::uint32_t met);
+    bool putWhole(Met& entry, const StoredClass& type);
     void dispatch(vxArchive& archive, vxPersistent& object);
     bool isComplete(const Pending& object) const noexcept;
     void completeInPlace(const Pending& object);
