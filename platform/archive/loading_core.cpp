@@ -129,7 +129,11 @@ void LoadingCore::getRecord(vxArchive& archive) {
     requireElements(size, 1);
     make(named.make);
     vxPersistent& object = *made_.back().object;
-    if (!getWhole(named, object, size)) {
+    if (named.type == nullptr) {
+        named.type = &typeid(object);
+        named.whole = wholeRecordOf(*named.type);
+    }
+    if (named.whole == nullptr || !getWhole(named, object, size)) {
         fill(archive, object, size);
     }
     ++records_;
@@ -176,13 +180,9 @@ void LoadingCore::make(MakeFunction makeObject) {
     }
 }
 
-/// Fills an object that can be filled in one step, if it is one.
-bool LoadingCore::getWhole(NamedClass& named, vxPersistent& object, std::uint64_t size) {
-    if (named.type == nullptr) {
-        named.type = &typeid(object);
-        named.whole = wholeRecordOf(*named.type);
-    }
-    if (named.whole == nullptr || typeid(object) != *named.type) {
+/// Fills an object in one step, as its class offers; false if it has to go level by level.
+bool LoadingCore::getWhole(const NamedClass& named, vxPersistent& object, std::uint64_t size) {
+    if (typeid(object) != *named.type) {
         return false;
     }
     const std::size_t present = static_cast<std::size_t>(size); // it was compared with what is left

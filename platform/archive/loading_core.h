@@ -140,7 +140,7 @@ private:
     NamedClass& getClass();
     NamedClass& nameClass();
     void make(MakeFunction makeObject);
-    bool getWhole(NamedClass& named, vxPersistent& object, std::uint64_t size);
+    bool getWhole(const NamedClass& named, vxPersistent& object, std::uint64_t size);
     void fill(vxArchive& archive, vxPersistent& object, std::uint64_t size);
     std::uint32_t getReference();
     void countReference(Made& made) noexcept {
