@@ -2,6 +2,7 @@
 
 #include "platform/archive/archive_frame.h"
 #include "platform/archive/class_registry.h"
+#include "platform/archive/count_limit.h"
 #include "platform/archive/persistent_access.h"
 #include "platform/archive/tracking_mark.h"
 #include "platform/archive/truth_values.h"
@@ -125,9 +126,8 @@ void StoringCore::putTruths(const std::vector<bool>& values) {
 void StoringCore::putText(const std::wstring& text) {
     requireUsable();
     const std::vector<std::uint32_t> points = codePoints(text);
-    if (points.size() > std::numeric_limits<std::uint32_t>::max()) {
-        throw vxArchive::TooLarge(L"An archive counts the characters of a text with 32 bits only.");
-    }
+    const std::uint32_t size = countWithin(std::numeric_limits<std::uint32_t>::max(), points.size(),
+                                           L"An archive counts the characters of a text with 32 bits only.");
     for (const std::uint32_t point : points) {
         if (point > lastCodePoint) {
             throw vxArchive::NotRepresentable(L"A text holds a character that is no Unicode code point.");
@@ -135,7 +135,7 @@ void StoringCore::putText(const std::wstring& text) {
     }
     constexpr std::size_t unit = sizeof(std::uint32_t);
     unsigned char* to = room((1 + points.size()) * unit);
-    putLittleEndian(to, static_cast<std::uint32_t>(points.size()));
+    putLittleEndian(to, size);
     for (const std::uint32_t point : points) {
         to += unit;
         putLittleEndian(to, point);
@@ -200,10 +200,7 @@ std::uint32_t StoringCore::meet(vxPersistent* object) {
             return known;
         }
     }
-    if (met_.size() == nothing) {
-        throw vxArchive::TooLarge(L"An archive cannot hold more objects.");
-    }
-    const std::uint32_t met = static_cast<std::uint32_t>(met_.size());
+    const std::uint32_t met = countWithin(nothing - 1, met_.size(), L"An archive cannot hold more objects.");
     Met& entry = met_.emplace_back();
     entry.object = object;
     // An object without any share may be a local variable: a share of ours would delete it when given back.

@@ -75,12 +75,12 @@ private:
 /// and lays a shared branch out once, since it may lie on more paths than can be walked.
 class FlatTreeBuilder {
 public:
-    explicit FlatTreeBuilder(std::vector<FlatTree::Place>& places) : places_(places) {}
+    FlatTreeBuilder(std::vector<FlatTree::Place>& places, std::size_t most) : places_(places), most_(most) {}
 
-    /// To be called once; false if there are more places than can be numbered.
+    /// To be called once; false if it takes more places than there may be.
     bool build(const vxDecisionTree& top) {
         placeAllFalse(&top);
-        while (!open_.empty() && places_.size() < FlatTree::firstMark) {
+        while (!open_.empty() && places_.size() < most_) {
             const Open next = open_.back();
             open_.pop_back();
             const std::uint32_t known = placeOf(next.tree);
@@ -107,7 +107,7 @@ private:
 
     /// Places a tree, its branch for false, the branch for false of that, and so on.
     void placeAllFalse(const vxDecisionTree* tree) {
-        while (places_.size() < FlatTree::firstMark) {
+        while (places_.size() < most_) {
             const std::uint32_t known = placeOf(tree);
             if (known != PlaceTable::unknown) {
                 add(FlatTree::isJump).target = known;
@@ -159,14 +159,15 @@ private:
     }
 
     std::vector<FlatTree::Place>& places_;
+    std::size_t most_; // places
     std::vector<Open> open_;
     PlaceTable shared_;
 };
 
-std::shared_ptr<const FlatTree> FlatTree::of(const vxDecisionTree& top) noexcept {
+std::shared_ptr<const FlatTree> FlatTree::of(const vxDecisionTree& top, std::size_t most) noexcept {
     try {
         const auto made = std::make_shared<FlatTree>();
-        if (!FlatTreeBuilder(made->places_).build(top)) {
+        if (!FlatTreeBuilder(made->places_, most).build(top)) {
             return nullptr;
         }
         made->places_.shrink_to_fit();

@@ -23,8 +23,12 @@ namespace detail {
 /// Borrows the tree, and holds as long as nothing in it changes. Takes 24 bytes for each node and leaf.
 class FlatTree {
 public:
-    /// Null if memory runs out, or for a tree too large to be numbered.
-    static std::shared_ptr<const FlatTree> of(const vxDecisionTree& top) noexcept;
+    /// As many as can be numbered.
+    static constexpr std::size_t mostPlaces = 0xfffffffdU;
+
+    /// Null if memory runs out, or for a tree that takes more places than `most`, from 1 to mostPlaces.
+    static std::shared_ptr<const FlatTree> of(const vxDecisionTree& top,
+                                              std::size_t most = mostPlaces) noexcept;
 
     /// Whether nothing in the tree has changed since it was laid out, so that leafFor may be called.
     bool holds() const noexcept { return changes_ == QuestionObservation::changes(); }
@@ -58,6 +62,7 @@ private:
     static constexpr std::uint32_t isOther = 0xfffffffeU;
     static constexpr std::uint32_t isJump = 0xfffffffdU; // to a branch that is shared and stands elsewhere
     static constexpr std::uint32_t firstMark = isJump;
+    static_assert(mostPlaces == firstMark, "the marks are behind the numbers of all places");
 
     static const vxDecisionTreeLeaf& arriveAt(const Place& place, const vxFeaturePattern& pattern,
                                               bool isChecked);

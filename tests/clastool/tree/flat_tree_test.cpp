@@ -293,6 +293,20 @@ TEST(TreeWalks, MakeTheChecksThatAPredicateInstallsOnTheWay) {
     EXPECT_EQ(walk.checks, 4);
 }
 
+TEST(FlatTree, IsNotMadeOfATreeWithMorePlacesThanThereMayBe) {
+    const Predicate within(new vxRangePredicate(vxRange(0.5, 1.0), {0}));
+    const Tree end = test::leaf({1});
+    const Tree tree = node(within, node(within, end, end), node(within, end, node(within, end, end)));
+    std::size_t fewest = 1;
+    while (FlatTree::of(*tree, fewest) == nullptr) {
+        ++fewest;
+        ASSERT_LT(fewest, 100U);
+    }
+    EXPECT_GE(fewest, 5U) << "four questions and a leaf";
+    EXPECT_LE(fewest, 9U) << "four questions, and at most five places for what they lead to";
+    EXPECT_EQ(&FlatTree::of(*tree, fewest)->leafFor(test::patternOf({0.0})), end.get());
+}
+
 TEST(FlatTree, LaysASharedBranchOutOnce) {
     Tree tree = test::leaf({1});
     const Predicate within(new vxRangePredicate(vxRange(0.5, 1.0), {0}));
