@@ -39,11 +39,8 @@ ObjectTracker::~ObjectTracker() {
 
 void ObjectTracker::track(const vxPersistent& object, std::uint32_t number) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    const auto [entry, isNew] = numbers_.try_emplace(&object, number);
-    if (isNew) {
+    if (numbers_.insert_or_assign(&object, number).second) {
         TrackingMark::addTracker(PersistentAccess::tracking(object));
-    } else {
-        entry->second = number;
     }
 }
 
