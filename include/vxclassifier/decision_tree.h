@@ -9,7 +9,8 @@
 #include <vector>
 
 /// Base of the parts of a decision tree: vxDecisionTreeNode, which asks a question, and vxDecisionTreeLeaf,
-/// which has the answer. A tree is the node or leaf at its top.
+/// which has the answer. A tree is the node or leaf at its top. A class derived from neither can be part of a
+/// tree, but has no way to decide: a run that comes to it throws vxBadPointer.
 ///
 /// Initial state: none of its own.
 ///
@@ -19,8 +20,9 @@
 /// Threads: a tree that nobody changes may be read by any number of threads.
 ///
 /// Trees may be millions of nodes deep, and a subtree may be reached on any number of paths: clones,
-/// comparisons, lists of labels, archives and releases take time and stack that do not grow with either. A
-/// class derived from vxDecisionTreeNode is reached by virtual calls, which nest as deep as such nodes do.
+/// comparisons, lists of labels, archives and releases take stack that does not grow with the depth, and time
+/// that grows with the number of different nodes, not with that of the paths. A class derived from
+/// vxDecisionTreeNode is reached by virtual calls, which nest as deep as such nodes do.
 class VXCLASSIFIER_API vxDecisionTree : public vxPersistent, public vxRepBase {
 public:
     vxDecisionTree() noexcept;
