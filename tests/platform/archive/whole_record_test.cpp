@@ -84,6 +84,22 @@ private:
 };
 const vx_Instantiator Derived::sExemplar(typeid(Derived), &Derived::make);
 
+/// A class whose make() gives objects of other classes, and not always of the same one.
+class Changeling : public Number {
+public:
+    using Number::Number;
+    static vxPersistent* make() {
+        ++numMade;
+        return numMade % 2 == 1 ? new Number : new Derived;
+    }
+
+private:
+    static long numMade;
+    static const vx_Instantiator sExemplar;
+};
+long Changeling::numMade = 0;
+const vx_Instantiator Changeling::sExemplar(typeid(Changeling), &Changeling::make);
+
 /// Keeps handles that it exchanges all together or one by one.
 class Keeper : public vxPersistent, public vxRepBase {
 public:
@@ -169,6 +185,21 @@ TEST_F(WholeRecord, OfADerivedClassIsNotAsked) {
     keeper->handles = {vxPtrHandle_const<Number>(new Derived(1)), vxPtrHandle_const<Number>(new Derived(2))};
     EXPECT_EQ(loaded(test::stored(keeper))->handles[1]->value, 2);
     EXPECT_EQ(Number::putOnes + Number::gotOnes, 0);
+}
+
+TEST_F(WholeRecord, IsChosenByTheObjectThatWasMadeWhateverItsNameSays) {
+    const vxPtrHandle<Keeper> keeper(new Keeper);
+    for (const long value : {7L, 8L, 9L}) {
+        keeper->handles.emplace_back(new Changeling(value));
+    }
+    const Bytes sealed = test::stored(keeper);
+    count();
+    const auto back = loaded(sealed);
+    EXPECT_EQ(Number::gotOnes, 2);
+    EXPECT_EQ(Number::levels, 1) << "of the one that is a Derived";
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(back->handles[i]->value, 7 + static_cast<long>(i));
+    }
 }
 
 TEST_F(WholeRecord, ThatIsNotTakenIsReadLevelByLevel) {
