@@ -1,5 +1,8 @@
 #include "tests/clastool/bayes/bayes_fixtures.h"
+#include "tests/support/expect_error.h"
 
+#include <vxclassifier/classifier_defs.h>
+#include <vxclassifier/pdf_multivariate_normal.h>
 #include <vxclassifier/platform/attention.h>
 
 #include <gtest/gtest.h>
@@ -10,6 +13,7 @@
 #include <limits>
 #include <numeric>
 #include <random>
+#include <typeinfo>
 #include <utility>
 
 // A classifier scores complete patterns for all its categories together. With an interruption check installed
@@ -173,6 +177,46 @@ TEST(CategoryPanel, LeavesModelsWithOtherOrdersOfSetsToThemselves) {
     expectOneByOne(test::classifierOf({2, 0}, {models[2], models[0]}, params.get()), 3);
 }
 
+/// A model that has made up its mind.
+class StubbornModel : public vx_CategoryModelBayesian {
+public:
+    static vxPersistent* make() { return new StubbornModel; }
+    double matchScore(const vxFeaturePattern&, vxDiagObject*, unsigned long) const override { return -7.0; }
+};
+const vx_Instantiator stubbornExemplar(typeid(StubbornModel), &StubbornModel::make);
+
+TEST(CategoryPanel, LeavesModelsOfDerivedClassesToThemselves) {
+    const vxPtrHandle<vx_PDFMultivariateNormal> density(new vx_PDFMultivariateNormal);
+    density->updateWithData({patternOf({1.0}), patternOf({2.0})});
+    const vxPtrHandle<StubbornModel> model(new StubbornModel);
+    test::fillModel(*model, 0, 1, {{0}}, {density.get()});
+    const vxPtrHandle<vxClassifierTrainParams> params = paramsOf(normalTypes()).clone();
+    const OpenBayesian classifier = test::classifierOf({0}, {model}, params.get());
+    EXPECT_EQ(test::resultOf(classifier, patternOf({1.5})).matchScoreFactorLog(), 7.0);
+}
+
+TEST(CategoryPanel, LeavesPatternsThatAreTooShortForAnyModelToTheModels) {
+    const auto params = paramsOf(normalTypes()).clone();
+    for (const bool isLongestFirst : {true, false}) {
+        Numbers numbers(6);
+        std::vector<vxPtrHandle<vx_CategoryModel>> models;
+        for (const std::size_t size : {isLongestFirst ? 9U : 2U, 3U, isLongestFirst ? 2U : 9U}) {
+            const vxPtrHandle<vx_CategoryModelBayesian> model(new vx_CategoryModelBayesian(
+                static_cast<long>(models.size()), {upTo(size)}, {Types::eMultivariateNormal}, patternOf({})));
+            for (int i = 0; i < 20; ++i) {
+                model->adapt(patternOf(numbers.row(9)));
+            }
+            models.emplace_back(model);
+        }
+        const OpenBayesian classifier = test::classifierOf({0, 1, 2}, models, params.get());
+        expectOneByOne(classifier, 9);
+        for (const std::size_t size : {0U, 1U, 2U, 3U, 8U}) {
+            const vxFeaturePattern pattern = patternOf(numbers.row(size));
+            EXPECT_TRUE(Outcome(classifier, pattern) == oneByOne(classifier, pattern)) << size;
+        }
+    }
+}
+
 TEST(CategoryPanel, LeavesConstantMeasurementsToTheModels) {
     std::vector<Sample> samples;
     Numbers numbers(3);
@@ -225,6 +269,54 @@ TEST(CategoryPanel, KnowsWhatAFailedTrainingHasLeft) {
     EXPECT_FALSE(Outcome(classifier, pattern) == before);
 }
 
+TEST(CategoryPanel, KnowsWhatATrainingHasLeftThatFailedInANewCategory) {
+    for (const Types& types : {normalTypes(), jointTypes(3, upTo(4))}) {
+        OpenBayesian classifier;
+        classifier.train(dataFor(2, 4, 4), paramsOf(types));
+        Numbers numbers(9);
+        vxClassifierDataProviderMemory data;
+        for (int i = 0; i < 10; ++i) { // the categories that are there learn nothing
+            data.addData(vxPtrHandle_const<vxFeaturePattern>(new vxFeaturePattern(numbers.row(4), {})), 2);
+        }
+        data.addData(vxPtrHandle_const<vxFeaturePattern>(new vxFeaturePattern(numbers.row(4), {})), 3);
+        Types noneForLast = types;
+        noneForLast.distributionTypeOverride(3, 1, Types::ePoisson);
+        EXPECT_THROW(classifier.train_(data, paramsOf(noneForLast)), vxClassifierDefs::NotImplemented);
+        expectOneByOne(classifier, 4);
+        EXPECT_EQ(test::resultOf(classifier, patternOf(numbers.row(4))).categoryResults().size(), 3U);
+    }
+}
+
+TEST(CategoryPanel, KnowsWhatAFailedLoadHasLeft) {
+    for (const Types& types : {normalTypes(), jointTypes(3, upTo(4))}) {
+        const vxPtrHandle<vxClassifierTrainParams> params = paramsOf(types).clone();
+        const vxPtrHandle<vx_CategoryModelBayesian> model(
+            new vx_CategoryModelBayesian(5, {upTo(4)}, {Types::eMultivariateNormal}, patternOf({})));
+        Numbers numbers(9);
+        for (int i = 0; i < 10; ++i) {
+            model->adapt(patternOf(numbers.row(4)));
+        }
+        const test::Bytes oneModelTooFew = test::recordOf([&](test::Record& record) {
+            record.versions({0, 0, 0}).pointer(params.get()).numbers({5, 6});
+            record.versions({0}).number(2).pointer(model.get());
+        });
+        OpenBayesian classifier;
+        classifier.train(dataFor(3, 4, 4), paramsOf(types));
+        EXPECT_THROW(test::load(oneModelTooFew, classifier), vxArchive::ShortData);
+        expectOneByOne(classifier, 4);
+        EXPECT_EQ(test::resultOf(classifier, patternOf(numbers.row(4))).categoryResults().size(), 1U);
+    }
+}
+
+TEST(CategoryPanel, GoesWithTheModels) {
+    OpenBayesian classifier;
+    classifier.train(dataFor(3, 4, 4), paramsOf(normalTypes()));
+    classifier.untrain_();
+    vxClassifierResult result;
+    EXPECT_ERROR(classifier.run_(patternOf({0.0, 0.0, 0.0, 0.0}), result), vxClassifierDefs::BadParams,
+                 L"At least one of the category frequencies must be > 0.");
+}
+
 TEST(CategoryPanel, IsThereForLoadedClassifiersToo) {
     for (const Types& types : {normalTypes(), jointTypes(3, upTo(4))}) {
         OpenBayesian first;
@@ -243,43 +335,73 @@ TEST(CategoryPanel, IsThereForLoadedClassifiersToo) {
     }
 }
 
-/// An archive can bring a model that the classifier shares with the application.
-TEST(CategoryPanel, KnowsWhatTheApplicationDoesToASharedModel) {
-    const auto modelFor = [](unsigned seed) {
-        const std::vector<Types::DistributionType> normal(2, Types::eMultivariateNormal);
-        const vxPtrHandle<vx_CategoryModelBayesian> model(
-            new vx_CategoryModelBayesian(0, {{0}, {1}}, normal, patternOf({})));
-        Numbers numbers(seed);
-        for (int i = 0; i < 5; ++i) {
-            model->adapt(patternOf(numbers.row(2)));
-        }
-        return model;
-    };
-    const vxPtrHandle<vx_CategoryModelBayesian> stored = modelFor(1);
-    const vxPtrHandle<vxClassifierTrainParams> params = paramsOf(normalTypes()).clone();
-    const test::Bytes bytes = test::recordOf([&](test::Record& record) {
-        record.pointer(stored.get());
-        record.versions({0, 0, 0}).pointer(params.get()).numbers({0}).pointers({stored.get()});
-    });
-    vxLoadingArchive archive(bytes);
-    vxPtrHandle<vx_CategoryModelBayesian> shared;
-    OpenBayesian classifier;
-    archive || shared;
-    archive || classifier;
-    archive.finish();
+vxPtrHandle<vx_CategoryModelBayesian> modelFor(const std::vector<std::vector<long>>& sets, unsigned seed) {
+    const std::vector<Types::DistributionType> normal(sets.size(), Types::eMultivariateNormal);
+    const vxPtrHandle<vx_CategoryModelBayesian> model(
+        new vx_CategoryModelBayesian(0, sets, normal, patternOf({})));
+    Numbers numbers(seed);
+    for (int i = 0; i < 5; ++i) {
+        model->adapt(patternOf(numbers.row(2)));
+    }
+    return model;
+}
 
-    const vxFeaturePattern pattern = patternOf({0.5, 0.25});
-    const auto expectItsScore = [&] {
-        EXPECT_EQ(test::resultOf(classifier, pattern).matchScoreFactorLog(),
-                  0.0 - shared->matchScore(pattern));
-    };
-    expectItsScore();
-    vx_CategoryModelBayesian(*shared).adapt(patternOf({-1.0, 1.5})); // a copy shares the densities
-    expectItsScore();
-    *shared = *modelFor(2);
-    expectItsScore();
-    shared->adapt(patternOf({1.0, 1.5}));
-    expectItsScore();
+/// A classifier with one model, which an archive has brought the application, too.
+struct Shared {
+    explicit Shared(const std::vector<std::vector<long>>& sets) {
+        const vxPtrHandle<vx_CategoryModelBayesian> stored = modelFor(sets, 1);
+        const vxPtrHandle<vxClassifierTrainParams> params = paramsOf(normalTypes()).clone();
+        const test::Bytes bytes = test::recordOf([&](test::Record& record) {
+            record.pointer(stored.get());
+            record.versions({0, 0, 0}).pointer(params.get()).numbers({0}).pointers({stored.get()});
+        });
+        vxLoadingArchive archive(bytes);
+        archive || model;
+        archive || classifier;
+        archive.finish();
+    }
+
+    void expectTheModelsScore() const {
+        EXPECT_EQ(test::resultOf(classifier, patternOf({0.5, 0.25})).matchScoreFactorLog(),
+                  0.0 - model->matchScore(patternOf({0.5, 0.25})));
+    }
+
+    vxPtrHandle<vx_CategoryModelBayesian> model;
+    OpenBayesian classifier;
+};
+
+const std::vector<std::vector<std::vector<long>>> singlesAndAPair{{{0}, {1}}, {{0, 1}}};
+
+TEST(CategoryPanel, KnowsWhatTheApplicationDoesToASharedModel) {
+    for (const auto& sets : singlesAndAPair) {
+        const Shared shared(sets);
+        shared.expectTheModelsScore();
+        vx_CategoryModelBayesian(*shared.model).adapt(patternOf({-1.0, 1.5})); // a copy shares the densities
+        shared.expectTheModelsScore();
+        *shared.model = *modelFor(sets, 2);
+        shared.expectTheModelsScore();
+        shared.model->adapt(patternOf({1.0, 1.5}));
+        shared.expectTheModelsScore();
+    }
+}
+
+TEST(CategoryPanel, KnowsThatASharedModelHasBecomeAnother) {
+    for (const auto& sets : singlesAndAPair) {
+        const Shared assigned(sets);
+        *assigned.model = *modelFor(sets, 2);
+        assigned.expectTheModelsScore();
+        const Shared reloaded(sets);
+        test::load(test::stored(*modelFor(sets, 2)), *reloaded.model);
+        reloaded.expectTheModelsScore();
+        const Shared adapted(sets);
+        adapted.model->adapt(patternOf({1.0, 1.5}));
+        adapted.expectTheModelsScore();
+        const Shared there(sets);
+        const vx_CategoryModelBayesian before(*there.model);
+        *there.model = *modelFor(sets, 2);
+        *there.model = before; // and back again
+        there.expectTheModelsScore();
+    }
 }
 
 } // namespace

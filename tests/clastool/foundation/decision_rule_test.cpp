@@ -108,6 +108,24 @@ std::string outcomeOf(Rule rule) {
     return text;
 }
 
+void expectPublished(const CategoryResults& matches, const vxClassifierFrequencies& frequencies,
+                     const vxClassifierCosts& costs) {
+    const std::string expected = outcomeOf([&] { return plainRule(matches, frequencies, costs); });
+    const std::string outcome =
+        outcomeOf([&] { return vxClassifierResult(matches, frequencies, costs, 0.0).categoryResults(); });
+    ASSERT_EQ(outcome, expected) << matches[0].categoryLabel() << ' ' << matches[0].matchScore() << ", "
+                                 << matches[1].categoryLabel() << ' ' << matches[1].matchScore() << ", "
+                                 << frequencies.defaultCategoryFrequency() << ' '
+                                 << costs.defaultMisclassificationCost();
+}
+
+/// Whatever it is.
+vxClassifierCosts forgedCosts(double forEachMistake) {
+    test::HandWritten byHand;
+    byHand.byte(0).real(forEachMistake).numbers({}).numbers({}).reals({});
+    return test::loaded(byHand.sealed(), vxClassifierCosts(1.0));
+}
+
 /// A problem of random size, with more or fewer strange numbers in it.
 class Problem {
 public:
@@ -222,20 +240,28 @@ TEST(DecisionRuleShortCuts, OfAPairGiveThePublishedBitsOrderAndErrors) {
     for (const double prior : priors) {
         for (const double mistake : mistakes) {
             const vxClassifierFrequencies frequencies = test::forgedFrequencies(prior);
-            test::HandWritten byHand;
-            byHand.byte(0).real(mistake).numbers({}).numbers({}).reals({});
-            const auto costs = test::loaded(byHand.sealed(), vxClassifierCosts(1.0));
+            const vxClassifierCosts costs = forgedCosts(mistake);
             for (const double first : scores) {
                 for (const double second : scores) {
-                    const CategoryResults matches{test::forgedCategory(6, first, 0.0, 0.0),
-                                                  test::forgedCategory(3, second, 0.0, 0.0)};
-                    ASSERT_EQ(
-                        outcomeOf([&] {
-                            return vxClassifierResult(matches, frequencies, costs, 0.0).categoryResults();
-                        }),
-                        outcomeOf([&] { return plainRule(matches, frequencies, costs); }))
-                        << prior << ' ' << mistake << ' ' << first << ' ' << second;
+                    expectPublished(
+                        {test::forgedCategory(6, first, 0.0, 0.0), test::forgedCategory(3, second, 0.0, 0.0)},
+                        frequencies, costs);
                 }
+            }
+        }
+    }
+}
+
+TEST(DecisionRuleShortCuts, OfAPairCheckLabelsBeforeAnythingElse) {
+    const vxClassifierFrequencies frequencies(1.0);
+    const vxClassifierCosts costs(1.0);
+    for (const double first : {0.0, 0.5, 1.5, -0.5, infinity, nan}) {
+        for (const double second : {0.0, 0.5, 1.5, -0.5, infinity, nan}) {
+            for (const auto& [a, b] :
+                 std::vector<std::pair<long, long>>{{-1, 3}, {3, -1}, {-2, -1}, {4, 4}, {-1, -1}}) {
+                expectPublished(
+                    {test::forgedCategory(a, first, 0.0, 0.0), test::forgedCategory(b, second, 0.0, 0.0)},
+                    frequencies, costs);
             }
         }
     }
