@@ -73,6 +73,26 @@ vxPtrHandle<Node> chainOf(long count) {
     return first;
 }
 
+/// A chain, each of whose nodes has a leaf beside it. The leaves' records are complete at once, and the
+/// memory for them runs out within some of them.
+vxPtrHandle<Node> combOf(long count) {
+    vxPtrHandle<Node> first = chainOf(count);
+    for (Node* node = first.get(); node != nullptr; node = node->left.get()) {
+        node->right = vxPtrHandle<Node>(new Node(node->value));
+    }
+    return first;
+}
+
+TEST(ArchiveChecksum, OfManyRecordsThatStayWhereTheyAreIsThatOfThePayload) {
+    const Bytes sealed = test::archiveOf([&](vxArchive& archive) {
+        for (const long count : {1000L, 4000L, 30L, 2500L, 4001L, 7000L}) {
+            vxPtrHandle<Node> comb = combOf(count);
+            archive || comb;
+        }
+    });
+    EXPECT_EQ(sealed, test::Payload().append(test::payload(sealed)).sealed());
+}
+
 TEST(ArchiveChecksum, OfAnArchiveIsThatOfItsPayloadHoweverItGrew) {
     std::vector<double> doubles(3000, 0.5);
     std::wstring text(5000, L't');
