@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 
 namespace detail {
@@ -29,7 +30,7 @@ struct BlockWeights {
     double ofProducts;
 };
 
-/// Copies a sample into a row. Says whether all of its values are finite.
+/// Copies a sample, which may stand there already, into a row. Says whether all of its values are finite.
 template <class Lanes>
 VXCLASSIFIER_INLINE bool takeSampleIn(const double* values, std::size_t size, double* row) noexcept {
     using Numbers = Register<typename Lanes::Numbers>;
@@ -42,7 +43,7 @@ VXCLASSIFIER_INLINE bool takeSampleIn(const double* values, std::size_t size, do
         check.look(numbers);
     }
     if (i < size) {
-        std::copy(values + i, values + size, row + i);
+        std::memmove(row + i, values + i, (size - i) * sizeof(double));
         numbers.load(row + i); // with the zeros behind the sample
         check.look(numbers);
     }
