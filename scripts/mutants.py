@@ -20,7 +20,8 @@ AREAS = {
         ["platform/archive/*.cpp", "platform/archive/*.h"],
         ["platform/archive/archive_internal_test", "platform/archive/archive_format_test",
          f"platform/archive/archive_test -{SLOW_ARCHIVE_TESTS}", "platform/archive/archive_threads_test", "golden/golden_test",
-         "laws/laws_test", f"platform/archive/archive_test {SLOW_ARCHIVE_TESTS}"],
+         "laws/laws_test", "clastool/foundation/foundation_hostile_test", "clastool/foundation/foundation_test",
+         f"platform/archive/archive_test {SLOW_ARCHIVE_TESTS}"],
     ),
     "handles": (
         ["platform/handle/*.cpp"],
@@ -50,7 +51,7 @@ AREAS = {
          "clss/clastool/foundation/stored_rows.h"],
         [f"clastool/knn/knn_internal_test -{SLOW_SEARCHES}", f"clastool/knn/knn_test -{SLOW_CLASSIFIERS}",
          "clastool/knn/knn_hostile_test", "laws/laws_test", f"clastool/knn/knn_test {SLOW_CLASSIFIERS}",
-         f"clastool/knn/knn_internal_test {SLOW_SEARCHES}"],
+         "growth/load_memory_test", f"clastool/knn/knn_internal_test {SLOW_SEARCHES}"],
     ),
     "score functions": (
         ["clss/rules/*.cpp", "clss/rules/*.h"],

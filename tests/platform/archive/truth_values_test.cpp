@@ -73,4 +73,12 @@ TEST(TruthValues, TheFirstOneThatIsNotTrueIsFound) {
     }
 }
 
+TEST(TruthValues, WhatLiesBehindThoseThatAreAskedForDoesNotCount) {
+    const Bytes bytes(80, 1);
+    for (std::size_t asked = 0; asked < 40; ++asked) {
+        EXPECT_EQ(detail::countTruthValues(bytes.data(), asked), asked);
+        EXPECT_EQ(detail::countTrue(bytes.data(), asked), asked);
+    }
+}
+
 } // namespace
