@@ -294,6 +294,27 @@ TEST_F(LoadMemory, OfADeepTreeIsModest) {
     expectModest(test::storedPointer(tree.get()), &loadPointer, "a chain of nodes");
 }
 
+/// The codes of the search are made with cells that come from a sample of the patterns, spread evenly.
+TEST_F(LoadMemory, OfPatternsThatAreWideOnlyInTheSampleIsModest) {
+    constexpr std::size_t count = 4000;
+    const vxPtrHandle<vxFeaturePattern> wide(new vxFeaturePattern({1.0}, {}));
+    std::vector<vxPtrHandle_const<vxFeaturePattern>> patterns;
+    for (std::size_t i = 0; i < count; ++i) {
+        patterns.emplace_back(new vxFeaturePattern({static_cast<double>(i)}, {}));
+    }
+    for (std::size_t inSample = 16; inSample <= 1024; inSample *= 2) {
+        for (std::size_t i = 0; i < inSample; ++i) {
+            patterns[i * count / inSample] = wide;
+        }
+    }
+    vxClassifierDataProviderMemory provider;
+    provider.data(patterns, std::vector<long>(count, 0));
+    vxClassifierTool tool;
+    tool.train(provider, vxClassifierTrainParamsKNN(1));
+    *wide = vxFeaturePattern(std::vector<double>(8192, 0.5), {});
+    expectModest(test::stored(tool), &loadValue<vxClassifierTool>, "patterns of different widths");
+}
+
 TEST_F(LoadMemory, OfALargeRuleTableIsModest) {
     std::vector<vxPtrHandle<vxClsFtSc>> methods;
     for (long i = 0; i < 20000; ++i) {
