@@ -1,5 +1,6 @@
 #include "tests/clastool/bayes/bayes_fixtures.h"
 #include "tests/support/expect_error.h"
+#include "tests/support/random_numbers.h"
 
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/pdf_multivariate_normal.h>
@@ -12,7 +13,6 @@
 #include <cstring>
 #include <limits>
 #include <numeric>
-#include <random>
 #include <typeinfo>
 #include <utility>
 
@@ -26,6 +26,7 @@ using test::normalTypes;
 using test::OpenBayesian;
 using test::paramsOf;
 using test::patternOf;
+using test::RandomNumbers;
 using test::Sample;
 
 using Types = vxClassifierDistributionTypes;
@@ -63,26 +64,8 @@ Outcome oneByOne(const vx_Classifier& classifier, const vxFeaturePattern& patter
     return Outcome(classifier, pattern);
 }
 
-class Numbers {
-public:
-    explicit Numbers(unsigned seed) : random_(seed) {}
-
-    double next() { return std::uniform_real_distribution<double>(-2.0, 2.0)(random_); }
-
-    std::vector<double> row(std::size_t size) {
-        std::vector<double> values(size);
-        for (double& value : values) {
-            value = next();
-        }
-        return values;
-    }
-
-private:
-    std::mt19937 random_;
-};
-
 vxClassifierDataProviderMemory dataFor(std::size_t categories, std::size_t size, unsigned seed) {
-    Numbers numbers(seed);
+    RandomNumbers numbers(seed);
     std::vector<Sample> samples;
     for (std::size_t i = 0; i < 12 * categories; ++i) {
         samples.emplace_back(numbers.row(size), static_cast<long>(i % categories));
@@ -106,7 +89,7 @@ Types jointTypes(std::size_t categories, const std::vector<long>& set) {
 
 /// Patterns of any kind, nearly all of them complete.
 void expectOneByOne(const vx_Classifier& classifier, std::size_t size) {
-    Numbers numbers(9);
+    RandomNumbers numbers(9);
     for (int i = 0; i < 20; ++i) {
         const vxFeaturePattern pattern = patternOf(numbers.row(size + static_cast<std::size_t>(i) % 3));
         EXPECT_EQ(Outcome(classifier, pattern).message, L"");
@@ -160,7 +143,7 @@ TEST(CategoryPanel, LeavesModelsThatAreNotAlikeToThemselves) {
 /// Only an archive can bring them.
 TEST(CategoryPanel, LeavesModelsWithOtherOrdersOfSetsToThemselves) {
     std::vector<vxPtrHandle<vx_CategoryModel>> models;
-    Numbers numbers(5);
+    RandomNumbers numbers(5);
     for (const std::vector<std::vector<long>>& sets :
          std::vector<std::vector<std::vector<long>>>{{{0}, {1}, {2}}, {{0}, {2}, {1}}, {{0}, {1}}}) {
         const std::vector<Types::DistributionType> normal(sets.size(), Types::eMultivariateNormal);
@@ -198,7 +181,7 @@ TEST(CategoryPanel, LeavesModelsOfDerivedClassesToThemselves) {
 TEST(CategoryPanel, LeavesPatternsThatAreTooShortForAnyModelToTheModels) {
     const auto params = paramsOf(normalTypes()).clone();
     for (const bool isLongestFirst : {true, false}) {
-        Numbers numbers(6);
+        RandomNumbers numbers(6);
         std::vector<vxPtrHandle<vx_CategoryModel>> models;
         for (const std::size_t size : {isLongestFirst ? 9U : 2U, 3U, isLongestFirst ? 2U : 9U}) {
             const vxPtrHandle<vx_CategoryModelBayesian> model(new vx_CategoryModelBayesian(
@@ -219,7 +202,7 @@ TEST(CategoryPanel, LeavesPatternsThatAreTooShortForAnyModelToTheModels) {
 
 TEST(CategoryPanel, LeavesConstantMeasurementsToTheModels) {
     std::vector<Sample> samples;
-    Numbers numbers(3);
+    RandomNumbers numbers(3);
     for (long i = 0; i < 20; ++i) {
         samples.push_back({{numbers.next(), i % 2 == 0 ? 3.0 : numbers.next()}, i % 2});
     }
@@ -235,7 +218,7 @@ TEST(CategoryPanel, KnowsWhatWasLearntLast) {
         OpenBayesian classifier;
         classifier.train(dataFor(2, 4, 4), paramsOf(types));
         const OpenBayesian copy(classifier); // shares the models
-        Numbers numbers(9);
+        RandomNumbers numbers(9);
         const vxFeaturePattern pattern = patternOf(numbers.row(4));
         const Outcome before(classifier, pattern);
         classifier.train_(dataFor(3, 4, 5), paramsOf(types));
@@ -259,7 +242,7 @@ TEST(CategoryPanel, KnowsWhatAFailedTrainingHasLeft) {
     const auto params = paramsOf(types, patternOf({1.0, 1.0, 1.0, 1.0}));
     OpenBayesian classifier;
     classifier.train(dataFor(2, 4, 4), params);
-    Numbers numbers(9);
+    RandomNumbers numbers(9);
     const vxFeaturePattern pattern = patternOf(numbers.row(4));
     const Outcome before(classifier, pattern);
     vxClassifierDataProviderMemory data = dataFor(2, 4, 5);
@@ -273,7 +256,7 @@ TEST(CategoryPanel, KnowsWhatATrainingHasLeftThatFailedInANewCategory) {
     for (const Types& types : {normalTypes(), jointTypes(3, upTo(4))}) {
         OpenBayesian classifier;
         classifier.train(dataFor(2, 4, 4), paramsOf(types));
-        Numbers numbers(9);
+        RandomNumbers numbers(9);
         vxClassifierDataProviderMemory data;
         for (int i = 0; i < 10; ++i) { // the categories that are there learn nothing
             data.addData(vxPtrHandle_const<vxFeaturePattern>(new vxFeaturePattern(numbers.row(4), {})), 2);
@@ -292,7 +275,7 @@ TEST(CategoryPanel, KnowsWhatAFailedLoadHasLeft) {
         const vxPtrHandle<vxClassifierTrainParams> params = paramsOf(types).clone();
         const vxPtrHandle<vx_CategoryModelBayesian> model(
             new vx_CategoryModelBayesian(5, {upTo(4)}, {Types::eMultivariateNormal}, patternOf({})));
-        Numbers numbers(9);
+        RandomNumbers numbers(9);
         for (int i = 0; i < 10; ++i) {
             model->adapt(patternOf(numbers.row(4)));
         }
@@ -323,7 +306,7 @@ TEST(CategoryPanel, IsThereForLoadedClassifiersToo) {
         first.train(dataFor(3, 4, 4), paramsOf(types));
         OpenBayesian second;
         second.train(dataFor(2, 4, 8), paramsOf(types));
-        Numbers numbers(9);
+        RandomNumbers numbers(9);
         const vxFeaturePattern pattern = patternOf(numbers.row(4));
         const Outcome expected(first, pattern);
         test::load(test::stored(first), second);
@@ -339,7 +322,7 @@ vxPtrHandle<vx_CategoryModelBayesian> modelFor(const std::vector<std::vector<lon
     const std::vector<Types::DistributionType> normal(sets.size(), Types::eMultivariateNormal);
     const vxPtrHandle<vx_CategoryModelBayesian> model(
         new vx_CategoryModelBayesian(0, sets, normal, patternOf({})));
-    Numbers numbers(seed);
+    RandomNumbers numbers(seed);
     for (int i = 0; i < 5; ++i) {
         model->adapt(patternOf(numbers.row(2)));
     }

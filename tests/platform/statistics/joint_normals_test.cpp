@@ -3,6 +3,7 @@
 #include "platform/statistics/joint_normals_kernel.h"
 #include "platform/statistics/ready_density.h"
 #include "tests/platform/statistics/normal_pdf.h"
+#include "tests/support/random_numbers.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +11,6 @@
 #include <cstddef>
 #include <deque>
 #include <limits>
-#include <random>
 #include <vector>
 
 namespace {
@@ -18,30 +18,15 @@ namespace {
 using detail::JointNormals;
 using detail::NormalDensity;
 using test::NormalPdf;
+using test::RandomNumbers;
 
-class Numbers {
-public:
-    double next() { return std::uniform_real_distribution<double>(-2.0, 2.0)(random_); }
-
-    std::vector<double> row(std::size_t size) {
-        std::vector<double> values(size);
-        for (double& value : values) {
-            value = next();
-        }
-        return values;
+test::Rows rowsOf(RandomNumbers& numbers, std::size_t number, std::size_t size) {
+    test::Rows all;
+    for (std::size_t i = 0; i < number; ++i) {
+        all.push_back(numbers.row(size));
     }
-
-    test::Rows rows(std::size_t number, std::size_t size) {
-        test::Rows all;
-        for (std::size_t i = 0; i < number; ++i) {
-            all.push_back(row(size));
-        }
-        return all;
-    }
-
-private:
-    std::mt19937 random_{3};
-};
+    return all;
+}
 
 const NormalDensity& densityOf(const NormalPdf& pdf) {
     return *detail::readyDensity(pdf.record(), pdf.record().mean.numRows);
@@ -59,7 +44,7 @@ public:
     }
 
     void add(std::size_t size, std::size_t numSamples) {
-        pdfs_.emplace_back(numbers.rows(numSamples, size));
+        pdfs_.emplace_back(rowsOf(numbers, numSamples, size));
         EXPECT_TRUE(JointNormals::canTake(densityOf(pdfs_.back())));
         normals.append(densityOf(pdfs_.back()), pdfs_.size() % 5);
     }
@@ -73,7 +58,7 @@ public:
         }
     }
 
-    Numbers numbers;
+    RandomNumbers numbers{3};
     JointNormals normals;
 
 private:
