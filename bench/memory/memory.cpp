@@ -20,8 +20,8 @@ void print(const std::string& what, double bytes, double limit) {
     isFirst = false;
 }
 
-/// What one pattern takes in a trained tool, all in, and what of that is neither the pattern itself nor the
-/// store's handle and label.
+/// What one pattern takes in a trained tool: all in, with the store's handle and label, and what is kept
+/// beside it.
 void printPattern(std::size_t d) {
     constexpr std::size_t n = 50'000;
     const std::size_t before = memory::allocatedBytes();
@@ -37,10 +37,10 @@ void printPattern(std::size_t d) {
     const double measurements = static_cast<double>(d * sizeof(double));
     const double all = static_cast<double>(memory::allocatedBytes() - before) / count;
     const double store = sizeof(void*) + sizeof(long);
+    const double beside = static_cast<double>(training) / count - store;
     const std::string suffix = " pattern of " + std::to_string(d) + " measurements";
-    print("a stored" + suffix + ", all in", all, measurements + 96.0);
-    print("beside a stored" + suffix + ", for speed", static_cast<double>(training) / count - store,
-          0.3 * measurements);
+    print("a stored" + suffix + ", all in", all - beside, measurements + 96.0);
+    print("beside a stored" + suffix + ", for speed", beside, 0.3 * measurements);
 }
 
 /// The most that a run holds at a time, beyond what was there before.

@@ -1,12 +1,12 @@
 #ifndef VXCLASSIFIER_FEATURE_PATTERN_H
 #define VXCLASSIFIER_FEATURE_PATTERN_H
 
+#include <vxclassifier/pattern_content.h>
 #include <vxclassifier/platform/export.h>
 #include <vxclassifier/platform/persistent.h>
 #include <vxclassifier/platform/rep_base.h>
-#include <vxclassifier/validity_marks.h>
+#include <vxclassifier/platform/spare_bits.h>
 
-#include <atomic>
 #include <cstddef>
 #include <vector>
 
@@ -27,8 +27,8 @@ class StoringCore;
 ///
 /// Threads: a pattern that nobody assigns to may be read by any number of threads.
 ///
-/// Memory: 72 bytes and one block for the measurements; another block only for an invalid measurement behind
-/// the first 63.
+/// Memory: 56 bytes and one block for the measurements; 24 bytes more for a pattern with an invalid
+/// measurement, and another block for one with an invalid measurement behind the first 63.
 class VXCLASSIFIER_API vxFeaturePattern : public vxPersistent, public vxRepBase {
 public:
     /// `invalidIndices` lists the positions, counted from 0, of the invalid measurements, in any order,
@@ -44,10 +44,10 @@ public:
 
     static vxPersistent* make();
 
-    long numMeasurements() const noexcept { return static_cast<long>(measurements_.size()); }
+    long numMeasurements() const noexcept { return static_cast<long>(measurements_().size()); }
 
     /// How many measurements are invalid; linear in their number unless there is none.
-    long numInvalid() const noexcept { return validity_.areAllValid() ? 0 : countInvalid_(); }
+    long numInvalid() const noexcept { return isMarked_() ? countInvalid_() : 0; }
 
     /// False for an invalid measurement and for an index past the end. Throws vxClassifierDefs::BadIndex for
     /// a negative index.
@@ -55,24 +55,27 @@ public:
         if (index < 0) {
             throwNegativeIndex_();
         }
-        return index < numMeasurements() && validity_.isValid(static_cast<std::size_t>(index));
+        const auto place = static_cast<std::size_t>(index);
+        return isMarked_() ? content_.marked().isValid(place) : place < content_.plain().size();
     }
 
     /// A valid measurement's value. For an invalid measurement or an index past the end: throws
     /// vxClassifierDefs::BadFeatures if `mustBeValid`, otherwise gives the stored value, or 0.0 past the end.
     /// Throws vxClassifierDefs::BadIndex for a negative index.
     double featureMeasurement(long index, bool mustBeValid) const {
-        return isValid(index) ? measurements_[static_cast<std::size_t>(index)]
-                              : notValidMeasurement_(index, mustBeValid);
+        const auto place = static_cast<std::size_t>(index); // a negative one is past any end
+        return !isMarked_() && place < content_.plain().size() ? content_.plain()[place]
+                                                               : oddMeasurement_(index, mustBeValid);
     }
 
-    /// All stored values, those of invalid measurements included; the reference lives as long as the pattern.
-    /// Throws vxClassifierDefs::BadFeatures if `mustBeAllValid` and a measurement is invalid.
+    /// All stored values, those of invalid measurements included; the reference is good until the pattern
+    /// goes or is assigned to. Throws vxClassifierDefs::BadFeatures if `mustBeAllValid` and a measurement is
+    /// invalid.
     const std::vector<double>& featureMeasurements(bool mustBeAllValid) const {
         if (mustBeAllValid && numInvalid() != 0) {
             throwNotAllValid_();
         }
-        return measurements_;
+        return measurements_();
     }
 
     /// The positions of the invalid measurements in ascending order.
@@ -95,8 +98,20 @@ private:
 
     vxFeaturePattern() noexcept;
 
+    bool isMarked_() const noexcept { return detail::SpareBits::isSet(*this, markedBit_); }
+    const std::vector<double>& measurements_() const noexcept {
+        return isMarked_() ? *content_.marked().measurements : content_.plain();
+    }
+    detail::ValidityMarks validity_() const;
+    std::size_t numMarks_() const noexcept;
+    void putMarks_(unsigned char* to) const noexcept;
+    void replace_(std::vector<double> measurements, detail::ValidityMarks validity);
+    void fill_(std::vector<double> measurements, detail::ValidityMarks validity);
+    void takeOver_(vxFeaturePattern& other) noexcept;
+    void mark_(detail::MarkedMeasurements&& marked) noexcept;
+    void clear_() noexcept;
     long countInvalid_() const noexcept;
-    double notValidMeasurement_(long index, bool mustBeValid) const;
+    double oddMeasurement_(long index, bool mustBeValid) const;
     [[noreturn]] static void throwNegativeIndex_();
     [[noreturn]] static void throwNotAllValid_();
     bool exchangeWhole_(vxArchive& archive);
@@ -105,13 +120,12 @@ private:
     void store_(vxArchive& archive);
     void load_(vxArchive& archive);
 
-    std::vector<double> measurements_;
-    // One for each measurement, but for what an archive brought: a missing mark means invalid, a surplus one
-    // takes part in comparing and storing only.
-    detail::ValidityMarks validity_;
+    detail::PatternContent content_;
 
+    // Whether that is marked.
+    static constexpr detail::SpareBits::Bit markedBit_ = detail::SpareBits::Bit::first;
     // Whether somebody keeps figures derived from the measurements, who is to learn of a change.
-    mutable std::atomic<bool> isObserved_{false};
+    static constexpr detail::SpareBits::Bit observedBit_ = detail::SpareBits::Bit::second;
 
     static vx_Instantiator sExemplar;
 };

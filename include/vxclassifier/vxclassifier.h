@@ -27,6 +27,7 @@
 #include <vxclassifier/feature_pattern.h>
 #include <vxclassifier/feature_score.h>
 #include <vxclassifier/feature_vector.h>
+#include <vxclassifier/pattern_content.h>
 #include <vxclassifier/pattern_distance_metric.h>
 #include <vxclassifier/pattern_distance_metric_norm.h>
 #include <vxclassifier/pdf_binomial.h>
@@ -49,6 +50,7 @@
 #include <vxclassifier/platform/random.h>
 #include <vxclassifier/platform/range.h>
 #include <vxclassifier/platform/rep_base.h>
+#include <vxclassifier/platform/spare_bits.h>
 #include <vxclassifier/platform/status.h>
 #include <vxclassifier/platform/text.h>
 #include <vxclassifier/predicate_function.h>

@@ -9,7 +9,7 @@
 namespace detail {
 
 /// The operations on the one word in which a persistent object says which archives rely on it staying as it
-/// is; 0 if there are none.
+/// is; below them in the same word are the bits of detail::SpareBits, which nothing here touches.
 ///
 /// The lower half counts the ObjectTrackers that know the object and have to be told of a change. An archive
 /// that keeps the object alive can do without, if it is the first one to come: it puts a number of its own, a
@@ -46,11 +46,14 @@ public:
     /// Takes away whatever stamp there is.
     static void removeAnyStamp(Word& word) noexcept { word.fetch_and(~stamps, std::memory_order_relaxed); }
 
-    static void addTracker(Word& word) noexcept { word.fetch_add(1, std::memory_order_relaxed); }
-    static void removeTracker(Word& word) noexcept { word.fetch_sub(1, std::memory_order_release); }
+    static void addTracker(Word& word) noexcept { word.fetch_add(oneTracker, std::memory_order_relaxed); }
+    static void removeTracker(Word& word) noexcept { word.fetch_sub(oneTracker, std::memory_order_release); }
     static bool hasTrackers(const Word& word) noexcept {
-        return (word.load(std::memory_order_relaxed) & ~stamps) != 0;
+        return (word.load(std::memory_order_relaxed) & ~stamps) >= oneTracker;
     }
+
+    /// What the word has more for each tracker; what is less than this are the spare bits.
+    static constexpr std::uint64_t oneTracker = 4;
 
 private:
     /// Puts `next` in if `old`, which was read before, is there still; otherwise, and sometimes then too,

@@ -14,6 +14,7 @@ namespace {
 struct Meter {
     bool on = false;
     std::int64_t held = 0;
+    std::int64_t blocks = 0;
     std::int64_t peak = 0;
     std::int64_t total = 0;
     std::int64_t allocations = 0;
@@ -41,6 +42,7 @@ void* taken(void* memory) noexcept {
     if (meter.on && memory != nullptr) {
         const std::int64_t size = static_cast<std::int64_t>(malloc_usable_size(memory));
         meter.held += size;
+        ++meter.blocks;
         meter.total += size;
         ++meter.allocations;
         meter.peak = std::max(meter.peak, meter.held);
@@ -51,6 +53,7 @@ void* taken(void* memory) noexcept {
 void givenBack(void* memory) noexcept {
     if (meter.on && memory != nullptr) {
         meter.held -= static_cast<std::int64_t>(malloc_usable_size(memory));
+        --meter.blocks;
     }
 }
 
@@ -72,6 +75,7 @@ void* realloc(void* memory, std::size_t size) noexcept {
     void* const moved = taken(__libc_realloc(memory, size));
     if (meter.on && moved != nullptr) {
         meter.held -= before;
+        meter.blocks -= memory == nullptr ? 0 : 1;
     }
     return moved;
 }
@@ -108,6 +112,14 @@ MemoryMeter::MemoryMeter() noexcept {
 
 MemoryMeter::~MemoryMeter() {
     meter.on = false;
+}
+
+std::int64_t MemoryMeter::held() const noexcept {
+    return meter.held;
+}
+
+std::int64_t MemoryMeter::blocks() const noexcept {
+    return meter.blocks;
 }
 
 std::int64_t MemoryMeter::peak() const noexcept {

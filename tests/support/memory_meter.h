@@ -19,6 +19,9 @@ public:
     MemoryMeter(const MemoryMeter&) = delete;
     MemoryMeter& operator=(const MemoryMeter&) = delete;
 
+    /// What is held now, in bytes and in blocks, beyond what was held at the start.
+    std::int64_t held() const noexcept;
+    std::int64_t blocks() const noexcept;
     /// The most that was held at a time, in bytes, beyond what was held at the start.
     std::int64_t peak() const noexcept;
     /// What was allocated in all, given back or not.

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <limits>
 #include <typeinfo>
+#include <utility>
 #include <vector>
 
 // An archive of training data is patterns by the hundred thousand, so a whole pattern goes in one step
@@ -77,18 +78,22 @@ public:
         to[1] = 0;
         to[levels] = 0;
         putLittleEndian(to + levels + 1, static_cast<std::uint32_t>(layout.numMeasurements));
-        putDoubles(to + Layout::measurements(), pattern.measurements_.data(), layout.numMeasurements);
+        putDoubles(to + Layout::measurements(), pattern.measurements_().data(), layout.numMeasurements);
         to[layout.secondHead()] = 0;
         putLittleEndian(to + layout.secondHead() + 1, static_cast<std::uint32_t>(layout.numMarks));
-        pattern.validity_.put(to + layout.marks(), layout.numMeasurements);
+        pattern.putMarks_(to + layout.marks());
     }
 
     /// `layout` was read from there. If this throws for want of memory, nothing has changed.
     static void get(vxFeaturePattern& pattern, const unsigned char* from, const Layout& layout) {
-        getMeasurements(pattern.measurements_, from + Layout::measurements(), layout.numMeasurements);
-        pattern.validity_ = layout.areAllValid ? ValidityMarks()
-                                               : ValidityMarks(from + layout.marks(), layout.numMarks,
-                                                               layout.numMeasurements);
+        if (layout.areAllValid && !pattern.isMarked_()) {
+            getMeasurements(pattern.content_.plain(), from + Layout::measurements(), layout.numMeasurements);
+            return;
+        }
+        std::vector<double> measurements;
+        getMeasurements(measurements, from + Layout::measurements(), layout.numMeasurements);
+        pattern.replace_(std::move(measurements),
+                         ValidityMarks(from + layout.marks(), layout.numMarks, layout.numMeasurements));
     }
 
 private:
@@ -108,8 +113,8 @@ private:
 
     static Layout layoutOf(const vxFeaturePattern& pattern) noexcept {
         Layout layout;
-        layout.numMeasurements = pattern.measurements_.size();
-        layout.numMarks = pattern.validity_.size(layout.numMeasurements);
+        layout.numMeasurements = pattern.measurements_().size();
+        layout.numMarks = pattern.numMarks_();
         return layout;
     }
 };
@@ -196,27 +201,25 @@ void vxFeaturePattern::serialize_(vxArchive& archive, unsigned char version) {
 }
 
 void vxFeaturePattern::store_(vxArchive& archive) {
-    const std::size_t size = measurements_.size();
-    archive || measurements_;
-    detail::storeTruths(archive, validity_.size(size), [&](unsigned char* to) { validity_.put(to, size); });
+    archive || (isMarked_() ? *content_.marked().measurements : content_.plain());
+    detail::storeTruths(archive, numMarks_(), [&](unsigned char* to) { putMarks_(to); });
 }
 
 void vxFeaturePattern::load_(vxArchive& archive) {
     detail::PatternObservation::changed(*this); // before the change: reading may fail halfway
-    // If reading fails halfway, what was read stays, and the old marks where there are no new ones; these
-    // may then be fewer or more than the measurements.
-    const std::vector<bool> old = validity_.list(measurements_.size());
-    archive || measurements_; // all of them or none
-    bool areOld = true;
+    const std::vector<bool> old = validity_().list(measurements_().size());
+    std::vector<double> measurements;
+    archive || measurements;
+    // If reading fails from here on, what was read stays, and the old marks where there are no new ones;
+    // these may then be fewer or more than the measurements.
+    detail::ValidityMarks validity(old, measurements.size());
     try {
         detail::loadTruths(archive, [&](const unsigned char* from, std::size_t count) {
-            validity_ = detail::ValidityMarks(from, count, measurements_.size());
-            areOld = false;
+            validity = detail::ValidityMarks(from, count, measurements.size());
         });
     } catch (...) {
-        if (areOld) {
-            validity_ = detail::ValidityMarks(old, measurements_.size());
-        }
+        replace_(std::move(measurements), std::move(validity));
         throw;
     }
+    replace_(std::move(measurements), std::move(validity));
 }

@@ -14,8 +14,8 @@ std::atomic<std::uint64_t> changesOfObserved{0};
 
 void PatternObservation::observe(const vxFeaturePattern& pattern) noexcept {
     // Not written where it is set already: the patterns of several classifiers stay in all caches.
-    if (!pattern.isObserved_.load(std::memory_order_relaxed)) {
-        pattern.isObserved_.store(true, std::memory_order_relaxed);
+    if (!SpareBits::isSet(pattern, vxFeaturePattern::observedBit_)) {
+        SpareBits::set(pattern, vxFeaturePattern::observedBit_);
     }
 }
 
@@ -24,7 +24,7 @@ std::uint64_t PatternObservation::changes() noexcept {
 }
 
 void PatternObservation::changed(const vxFeaturePattern& pattern) noexcept {
-    if (pattern.isObserved_.load(std::memory_order_relaxed)) {
+    if (SpareBits::isSet(pattern, vxFeaturePattern::observedBit_)) {
         changesOfObserved.fetch_add(1, std::memory_order_relaxed);
     }
 }

@@ -13,7 +13,8 @@ class vxPersistent;
 
 namespace detail {
 class PersistentAccess;
-}
+class SpareBits;
+} // namespace detail
 
 /// Writes an embedded persistent object to a storing archive, or fills it from a loading one. Each such call
 /// writes the object's whole record anew, without any frame around it; use serializePointer for objects that
@@ -74,7 +75,7 @@ public:
 
     /// Whether an archive that is not yet finished relies on this object staying as it is: one in which it
     /// was stored by pointer, or from which it was loaded by pointer without being counted.
-    bool isTracked_() const noexcept { return tracking_.load(std::memory_order_acquire) != 0; }
+    bool isTracked_() const noexcept { return tracking_.load(std::memory_order_acquire) > spareBits_; }
 
 protected:
     vxPersistent() noexcept = default;
@@ -83,8 +84,12 @@ protected:
 
 private:
     friend class detail::PersistentAccess;
+    friend class detail::SpareBits;
 
-    // Which archives track this object (detail::TrackingMark); changed through const references too, since
+    static constexpr std::uint64_t spareBits_ = 3;
+
+    // The lowest bits are detail::SpareBits, above them stands which archives track this object
+    // (detail::TrackingMark); changed through const references too, since
     // storing an object does not change it in any other way.
     mutable std::atomic<std::uint64_t> tracking_{0};
 };

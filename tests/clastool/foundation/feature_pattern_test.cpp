@@ -145,6 +145,20 @@ TEST(FeaturePattern, TheMeasurementsAreGivenByReference) {
     EXPECT_EQ(&pattern.featureMeasurements(true), &pattern.featureMeasurements(false));
 }
 
+TEST(FeaturePattern, WhatIsAssignedMayHaveInvalidMeasurementsOrNone) {
+    const vxFeaturePattern all({1, 2}, {});
+    const vxFeaturePattern some({3, 4, 5}, {1});
+    const vxFeaturePattern others({6, 7}, {0});
+    vxFeaturePattern pattern({}, {});
+    for (const vxFeaturePattern* next : {&all, &some, &others, &all, &all, &some, &some, &all}) {
+        pattern = *next;
+        EXPECT_EQ(pattern, *next);
+        EXPECT_EQ(pattern.invalidFeatureIndices(), next->invalidFeatureIndices());
+        EXPECT_EQ(&pattern.featureMeasurements(false), &pattern.featureMeasurements(false));
+        EXPECT_NE(&pattern.featureMeasurements(false), &next->featureMeasurements(false));
+    }
+}
+
 TEST(FeaturePattern, EqualityComparesEveryValueExactly) {
     const vxFeaturePattern pattern({1, 2}, {});
     EXPECT_TRUE(pattern == vxFeaturePattern({1, 2}, {}));

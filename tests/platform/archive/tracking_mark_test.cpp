@@ -44,4 +44,22 @@ TEST(TrackingMark, TrackersAreCountedApart) {
     EXPECT_EQ(word, 0U);
 }
 
+TEST(TrackingMark, LeavesTheSpareBitsAlone) {
+    constexpr std::uint64_t spare = TrackingMark::oneTracker - 1;
+    TrackingMark::Word word{spare};
+    EXPECT_FALSE(TrackingMark::hasTrackers(word));
+    EXPECT_EQ(TrackingMark::stampOf(word), 0U);
+    ASSERT_TRUE(TrackingMark::tryStamp(word, 7));
+    TrackingMark::addTracker(word);
+    EXPECT_EQ(TrackingMark::stampOf(word), 7U);
+    EXPECT_TRUE(TrackingMark::hasTrackers(word));
+    TrackingMark::removeTracker(word);
+    EXPECT_FALSE(TrackingMark::hasTrackers(word));
+    TrackingMark::removeStamp(word, 7);
+    EXPECT_EQ(word, spare);
+    ASSERT_TRUE(TrackingMark::tryStamp(word, 9));
+    TrackingMark::removeAnyStamp(word);
+    EXPECT_EQ(word, spare);
+}
+
 } // namespace
