@@ -4,6 +4,7 @@
 #include "platform/archive/persistent_access.h"
 #include "platform/archive/truth_values.h"
 #include "platform/archive/visited_scope.h"
+#include "platform/handle/share_count.h"
 #include "platform/status/code_points.h"
 
 #include <algorithm>
@@ -106,7 +107,11 @@ vxPersistent* LoadingCore::getPointer(vxArchive& archive) {
     requireElements(newRecords, leastRecord);
     makeRoomForRecords(newRecords);
     for (unsigned long i = 0; i < newRecords; ++i) {
-        getRecord(archive);
+        if (!getWholeRecord()) {
+            getRecord(archive);
+        }
+        ++records_;
+        ++unreferenced_;
     }
     const std::uint32_t record = getReference();
     if (unreferenced_ > 0) {
@@ -127,17 +132,28 @@ void LoadingCore::getRecord(vxArchive& archive) {
     NamedClass& named = getClass();
     const std::uint64_t size = getLittleEndian<std::uint64_t>(takeBytes(sizeof(std::uint64_t)));
     requireElements(size, 1);
-    make(named.make);
-    vxPersistent& object = *made_.back().object;
-    if (named.type == nullptr) {
-        named.type = &typeid(object);
-        named.whole = wholeRecordOf(*named.type);
+    fill(archive, *make(named.make), size);
+}
+
+/// Reads a record in one step, as its class offers; false, and nothing was read, if it has to go level by
+/// level.
+bool LoadingCore::getWholeRecord() {
+    constexpr std::size_t headSize = sizeof(std::uint32_t) + sizeof(std::uint64_t);
+    if (!usable_ || left() < headSize) {
+        return false;
     }
-    if (named.whole == nullptr || !getWhole(named, object, size)) {
-        fill(archive, object, size);
+    const auto number = getLittleEndian<std::uint32_t>(next_);
+    const auto size = getLittleEndian<std::uint64_t>(next_ + sizeof(std::uint32_t));
+    if (number >= classes_.size() || classes_[number].whole == nullptr || size > left() - headSize) {
+        return false;
     }
-    ++records_;
-    ++unreferenced_;
+    const WholeRecord& whole = *classes_[number].whole;
+    const unsigned char* const from = next_ + headSize;
+    if (make([&] { return whole.get(from, static_cast<std::size_t>(size)); }) == nullptr) {
+        return false;
+    }
+    next_ = from + size;
+    return true;
 }
 
 LoadingCore::NamedClass& LoadingCore::getClass() {
@@ -165,32 +181,26 @@ LoadingCore::NamedClass& LoadingCore::nameClass() {
     NamedClass named;
     named.name = name;
     named.make = makeObject;
+    named.whole = wholeRecordOf(makeObject);
     return classes_.emplace_back(std::move(named));
 }
 
 /// Makes the object of the next record. It belongs to the archive from the first moment, so that it neither
-/// leaks when its record turns out bad nor goes away when it shares itself for a while.
-void LoadingCore::make(MakeFunction makeObject) {
-    made_.emplace_back();
-    Made& made = made_.back();
+/// leaks when its record turns out bad nor goes away when it shares itself for a while. Null if it was not
+/// made.
+template <class MakeObject>
+vxPersistent* LoadingCore::make(MakeObject makeObject) {
+    Made& made = made_.emplace_back();
     made.object = makeObject();
+    if (made.object == nullptr) {
+        made_.pop_back();
+        return nullptr;
+    }
     made.rep = countedPart_.of(*made.object);
     if (made.rep != nullptr) {
-        vx_PtrHandleBase_RepAccessor::share(*made.rep);
+        ShareCount::share(*made.rep);
     }
-}
-
-/// Fills an object in one step, as its class offers; false if it has to go level by level.
-bool LoadingCore::getWhole(const NamedClass& named, vxPersistent& object, std::uint64_t size) {
-    if (typeid(object) != *named.type) {
-        return false;
-    }
-    const std::size_t present = static_cast<std::size_t>(size); // it was compared with what is left
-    if (!named.whole->get(object, next_, present)) {
-        return false;
-    }
-    next_ += present;
-    return true;
+    return made.object;
 }
 
 void LoadingCore::fill(vxArchive& archive, vxPersistent& object, std::uint64_t size) {
@@ -248,7 +258,7 @@ void LoadingCore::releaseAll() noexcept {
     uncounted_.forgetAll();
     for (const Made& made : made_) {
         if (made.rep != nullptr) {
-            vx_PtrHandleBase_RepAccessor::release(*made.rep);
+            ShareCount::release(*made.rep);
         } else if (made.takers == 0) {
             delete made.object;
         }

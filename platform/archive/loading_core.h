@@ -12,7 +12,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -117,8 +116,7 @@ private:
     struct NamedClass {
         std::string name;
         MakeFunction make = nullptr;
-        const std::type_info* type = nullptr; // of its first object, once that is there
-        const WholeRecord* whole = nullptr;   // of that class
+        const WholeRecord* whole = nullptr;
     };
 
     const unsigned char* takeBytes(std::size_t size) {
@@ -137,10 +135,11 @@ private:
 
     void makeRoomForRecords(std::size_t count);
     void getRecord(vxArchive& archive);
+    bool getWholeRecord();
     NamedClass& getClass();
     NamedClass& nameClass();
-    void make(MakeFunction makeObject);
-    bool getWhole(const NamedClass& named, vxPersistent& object, std::uint64_t size);
+    template <class MakeObject>
+    vxPersistent* make(MakeObject makeObject);
     void fill(vxArchive& archive, vxPersistent& object, std::uint64_t size);
     std::uint32_t getReference();
     void countReference(Made& made) noexcept {

@@ -7,6 +7,7 @@
 #include "platform/archive/tracking_mark.h"
 #include "platform/archive/truth_values.h"
 #include "platform/archive/visited_scope.h"
+#include "platform/handle/share_count.h"
 #include "platform/status/code_points.h"
 
 #include <algorithm>
@@ -206,7 +207,7 @@ std::uint32_t StoringCore::meet(vxPersistent* object) {
     // An object without any share may be a local variable: a share of ours would delete it when given back.
     const vxRepBase* rep = countedPart_.of(*object);
     if (rep != nullptr && vx_PtrHandleBase_RepAccessor::count(*rep) > 0) {
-        vx_PtrHandleBase_RepAccessor::share(*rep);
+        ShareCount::share(*rep);
         entry.rep = rep;
     }
     track(met);
@@ -408,7 +409,7 @@ void StoringCore::releaseMet() noexcept {
             TrackingMark::removeStamp(PersistentAccess::tracking(*met.object), met.stamp);
         }
         if (met.rep != nullptr) {
-            vx_PtrHandleBase_RepAccessor::release(*met.rep);
+            ShareCount::release(*met.rep);
         }
     }
     met_.clear();

@@ -1,13 +1,18 @@
 #include "platform/archive/whole_record.h"
 
-#include <typeindex>
-#include <unordered_map>
+#include <algorithm>
+#include <vector>
 
 namespace detail {
 
 namespace {
 
-using Offers = std::unordered_map<std::type_index, const WholeRecord*>;
+struct Offer {
+    const std::type_info* type;
+    MakeFunction make;
+    const WholeRecord* whole;
+};
+using Offers = std::vector<Offer>; // of very few classes
 
 // Made at its first use, since files are initialised in any order, and never destroyed.
 Offers& offers() {
@@ -15,15 +20,24 @@ Offers& offers() {
     return instance;
 }
 
+template <class IsWanted>
+const WholeRecord* find(IsWanted isWanted) noexcept {
+    const auto offer = std::find_if(offers().begin(), offers().end(), isWanted);
+    return offer == offers().end() ? nullptr : offer->whole;
+}
+
 } // namespace
 
 const WholeRecord* wholeRecordOf(const std::type_info& type) noexcept {
-    const auto offer = offers().find(type);
-    return offer == offers().end() ? nullptr : offer->second;
+    return find([&type](const Offer& offer) { return *offer.type == type; });
 }
 
-WholeRecordOffer::WholeRecordOffer(const std::type_info& type, const WholeRecord& whole) {
-    offers().emplace(type, &whole);
+const WholeRecord* wholeRecordOf(MakeFunction make) noexcept {
+    return find([make](const Offer& offer) { return offer.make == make; });
+}
+
+WholeRecordOffer::WholeRecordOffer(const std::type_info& type, MakeFunction make, const WholeRecord& whole) {
+    offers().push_back({&type, make, &whole});
 }
 
 } // namespace detail

@@ -1,10 +1,10 @@
 #ifndef PLATFORM_ARCHIVE_WHOLE_RECORD_H
 #define PLATFORM_ARCHIVE_WHOLE_RECORD_H
 
+#include "platform/archive/class_registry.h"
+
 #include <cstddef>
 #include <typeinfo>
-
-class vxPersistent;
 
 namespace detail {
 
@@ -21,19 +21,22 @@ struct WholeRecord {
     /// Writes these bytes. Calls nothing of the archive's user.
     void (*put)(const vxPersistent& object, unsigned char* to) noexcept;
 
-    /// Fills an object that was just made from so many bytes, if dispatchSerialize would take exactly these
-    /// and find nothing wrong. Otherwise nothing has changed.
-    bool (*get)(vxPersistent& object, const unsigned char* from, std::size_t size);
+    /// Makes an object from so many bytes, if dispatchSerialize would take exactly these and find nothing
+    /// wrong; otherwise null.
+    vxPersistent* (*get)(const unsigned char* from, std::size_t size);
 };
 
-/// What was offered for exactly this class, or null. May be asked on several threads at once.
+/// What was offered for exactly this class, or null. May be asked on several threads at once, as the other.
 const WholeRecord* wholeRecordOf(const std::type_info& type) noexcept;
+
+/// What was offered for exactly the class whose objects this function makes, or null.
+const WholeRecord* wholeRecordOf(MakeFunction make) noexcept;
 
 /// Offers the whole records of a class of this library. Only as a static object: all offers are made while
 /// the library is loaded, before anybody can look one up, and so need no lock.
 class WholeRecordOffer {
 public:
-    WholeRecordOffer(const std::type_info& type, const WholeRecord& whole);
+    WholeRecordOffer(const std::type_info& type, MakeFunction make, const WholeRecord& whole);
 };
 
 } // namespace detail

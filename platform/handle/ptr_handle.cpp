@@ -1,9 +1,8 @@
 #include <vxclassifier/platform/ptr_handle.h>
 
-#include "platform/handle/only_thread.h"
+#include "platform/handle/share_count.h"
 
 #include <vxclassifier/platform/exception.h>
-#include <vxclassifier/platform/interlocked.h>
 
 namespace {
 
@@ -22,38 +21,19 @@ struct Deletions {
 // later would take a call of the system's linker for each deletion.
 [[gnu::tls_model("initial-exec")]] thread_local Deletions deletions;
 
-/// One share more or less; gives the new count. Without another thread nobody can see the time between the
-/// reading and the writing.
-std::intptr_t addShare(std::atomic<std::intptr_t>& count) noexcept {
-    if (!detail::isOnlyThread()) {
-        return vfInterlockedIncrement(count);
-    }
-    const std::intptr_t next = count.load(std::memory_order_relaxed) + 1;
-    count.store(next, std::memory_order_relaxed);
-    return next;
-}
-
-std::intptr_t takeShare(std::atomic<std::intptr_t>& count) noexcept {
-    if (!detail::isOnlyThread()) {
-        return vfInterlockedDecrement(count);
-    }
-    const std::intptr_t next = count.load(std::memory_order_relaxed) - 1;
-    count.store(next, std::memory_order_relaxed);
-    return next;
-}
-
 } // namespace
 
 vxRepBase::~vxRepBase() = default;
 
 void vx_PtrHandleBase_RepAccessor::share(const vxRepBase& object) noexcept {
-    addShare(object.count_);
+    detail::ShareCount::share(object);
 }
 
 void vx_PtrHandleBase_RepAccessor::release(const vxRepBase& object) noexcept {
-    if (takeShare(object.count_) != 0) {
-        return;
-    }
+    detail::ShareCount::release(object);
+}
+
+void detail::ShareCount::destroy(const vxRepBase& object) noexcept {
     Deletions& state = deletions;
     if (state.nesting == deepestNesting) {
         // Nobody counts any more, so the count can hold the link: letting go must not need memory.

@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <typeinfo>
 #include <utility>
 #include <vector>
@@ -96,6 +97,12 @@ public:
                          ValidityMarks(from + layout.marks(), layout.numMarks, layout.numMeasurements));
     }
 
+    static vxPersistent* make(const unsigned char* from, const Layout& layout) {
+        std::unique_ptr<vxFeaturePattern> pattern(new vxFeaturePattern);
+        get(*pattern, from, layout);
+        return pattern.release();
+    }
+
 private:
     /// The one step that may fail. A vector that grows gives its elements values first, which takes as long
     /// as to copy a few from elsewhere.
@@ -133,17 +140,16 @@ void put(const vxPersistent& object, unsigned char* to) noexcept {
     detail::PatternRecord::put(asPattern(object), to);
 }
 
-bool get(vxPersistent& object, const unsigned char* from, std::size_t size) {
+vxPersistent* get(const unsigned char* from, std::size_t size) {
     Layout layout;
     if (!layout.read(from, size) || layout.size() != size) {
-        return false;
+        return nullptr;
     }
-    detail::PatternRecord::get(static_cast<vxFeaturePattern&>(object), from, layout);
-    return true;
+    return detail::PatternRecord::make(from, layout);
 }
 
 constexpr detail::WholeRecord wholeRecord{&sizeOf, &put, &get};
-const detail::WholeRecordOffer offer(typeid(vxFeaturePattern), wholeRecord);
+const detail::WholeRecordOffer offer(typeid(vxFeaturePattern), &vxFeaturePattern::make, wholeRecord);
 
 } // namespace
 

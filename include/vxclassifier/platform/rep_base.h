@@ -6,6 +6,10 @@
 #include <atomic>
 #include <cstdint>
 
+namespace detail {
+class ShareCount;
+}
+
 /// Base of every object that handles share: carries the reference count.
 ///
 /// Initial state: a count of 0. Copying an object copies no count: the copy starts at 0, and an assigned
@@ -26,6 +30,7 @@ protected:
     vxRepBase& operator=(const vxRepBase&) noexcept { return *this; }
 
 private:
+    friend class detail::ShareCount;
     friend class vx_PtrHandleBase_RepAccessor;
 
     // The number of shares. Once it has reached 0 and the object waits for its deletion, the link to the next
