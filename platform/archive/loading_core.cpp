@@ -139,7 +139,7 @@ void LoadingCore::getRecord(vxArchive& archive) {
 /// level.
 bool LoadingCore::getWholeRecord() {
     constexpr std::size_t headSize = sizeof(std::uint32_t) + sizeof(std::uint64_t);
-    if (!usable_ || left() < headSize) {
+    if (left() < headSize) {
         return false;
     }
     const auto number = getLittleEndian<std::uint32_t>(next_);
@@ -263,7 +263,7 @@ void LoadingCore::releaseAll() noexcept {
             delete made.object;
         }
     }
-    made_.clear();
+    std::vector<Made>().swap(made_);
 }
 
 void LoadingCore::finish() {

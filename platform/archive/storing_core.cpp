@@ -412,7 +412,7 @@ void StoringCore::releaseMet() noexcept {
             ShareCount::release(*met.rep);
         }
     }
-    met_.clear();
+    std::vector<Met>().swap(met_);
 }
 
 std::vector<unsigned char> StoringCore::finish() {

@@ -1,10 +1,12 @@
 // What a stored pattern takes of memory, with its handle, its label, and what the allocator keeps for itself.
 
+#include "tests/support/archives.h"
 #include "tests/support/memory_meter.h"
 
 #include <vxclassifier/classifier_data_provider_memory.h>
 #include <vxclassifier/classifier_tool.h>
 #include <vxclassifier/classifier_train_params_knn.h>
+#include <vxclassifier/platform/archive.h>
 
 #include <gtest/gtest.h>
 
@@ -58,11 +60,42 @@ TEST_P(StoredMemory, OfAPatternWithAnInvalidMeasurementIs32BytesMore) {
     EXPECT_LE(bytesPerPattern(meter), measurements() + 128 + allTogether);
 }
 
+TEST_P(StoredMemory, OfAPatternWithAnInvalidMeasurementBehindThe63rdIsAListMore) {
+    constexpr long farther = 63;
+    const test::MemoryMeter meter;
+    const vxClassifierDataProviderMemory data = dataOf(GetParam() + farther, {farther});
+    const double more = static_cast<double>(farther) * sizeof(double);
+    const double list = 48 + 32; // its head and its bits, in two blocks
+    EXPECT_LE(bytesPerPattern(meter), measurements() + more + 128 + list + allTogether);
+}
+
 TEST_P(StoredMemory, OfATrainedToolHasThreeTenthsOfTheMeasurementsForSpeed) {
     const test::MemoryMeter meter;
     vxClassifierTool tool;
     tool.train(dataOf(GetParam(), {}), vxClassifierTrainParamsKNN(5));
     EXPECT_LE(bytesPerPattern(meter), measurements() + 96 + 0.3 * measurements() + allTogether);
+}
+
+TEST_P(StoredMemory, OfAFinishedArchiveIsGivenBack) {
+    vxClassifierDataProviderMemory data = dataOf(GetParam(), {});
+    const test::MemoryMeter stored;
+    vxStoringArchive storing;
+    storing || data;
+    storing.finish();
+    // The bytes themselves keep what a vector that grew has taken.
+    const double archive = static_cast<double>(storing.bytes().capacity()) / static_cast<double>(numPatterns);
+    EXPECT_LE(bytesPerPattern(stored), archive + allTogether) << "nothing is left but the bytes";
+}
+
+TEST_P(StoredMemory, OfAFinishedArchiveThatWasLoadedIsGivenBack) {
+    vxClassifierDataProviderMemory data = dataOf(GetParam(), {});
+    const test::Bytes bytes = test::stored(data);
+    vxClassifierDataProviderMemory loaded;
+    const test::MemoryMeter meter;
+    vxLoadingArchive loading(bytes);
+    loading || loaded;
+    loading.finish();
+    EXPECT_LE(bytesPerPattern(meter), measurements() + 96 + allTogether);
 }
 
 INSTANTIATE_TEST_SUITE_P(Measurements, StoredMemory, ::testing::Values(2, 3, 4, 16, 64));
