@@ -1,20 +1,18 @@
 #ifndef VXCLASSIFIER_FEATURE_PATTERN_H
 #define VXCLASSIFIER_FEATURE_PATTERN_H
 
-#include <vxclassifier/pattern_content.h>
+#include <vxclassifier/detail/pattern_content.h>
+#include <vxclassifier/platform/detail/spare_bits.h>
 #include <vxclassifier/platform/export.h>
 #include <vxclassifier/platform/persistent.h>
 #include <vxclassifier/platform/rep_base.h>
-#include <vxclassifier/platform/spare_bits.h>
 
 #include <cstddef>
 #include <vector>
 
 namespace detail {
-class LoadingCore;
 class PatternObservation;
 class PatternRecord;
-class StoringCore;
 } // namespace detail
 
 /// The measurements of one object: a fixed number of doubles, each of which may be marked invalid (missing,
@@ -27,8 +25,9 @@ class StoringCore;
 ///
 /// Threads: a pattern that nobody assigns to may be read by any number of threads.
 ///
-/// Memory: 56 bytes and one block for the measurements; 24 bytes more for a pattern with an invalid
-/// measurement, and another block for one with an invalid measurement behind the first 63.
+/// Memory, where a pointer has 8 bytes: 56 bytes and one block for the measurements; 24 bytes more for a
+/// pattern with an invalid measurement, and 40 bytes and a bit for each measurement for one with an invalid
+/// measurement behind the first 63. Each block has the allocator's share besides.
 class VXCLASSIFIER_API vxFeaturePattern : public vxPersistent, public vxRepBase {
 public:
     /// `invalidIndices` lists the positions, counted from 0, of the invalid measurements, in any order,
@@ -42,11 +41,12 @@ public:
     vxFeaturePattern& operator=(const vxFeaturePattern& other);
     ~vxFeaturePattern() override;
 
+    /// A new pattern without measurements, which belongs to the caller.
     static vxPersistent* make();
 
     long numMeasurements() const noexcept { return static_cast<long>(measurements_().size()); }
 
-    /// How many measurements are invalid; linear in their number unless there is none.
+    /// How many measurements are invalid; at once if none is, otherwise linear in the number of measurements.
     long numInvalid() const noexcept { return isMarked_() ? countInvalid_() : 0; }
 
     /// False for an invalid measurement and for an index past the end. Throws vxClassifierDefs::BadIndex for
@@ -109,14 +109,10 @@ private:
     void fill_(std::vector<double> measurements, detail::ValidityMarks validity);
     void takeOver_(vxFeaturePattern& other) noexcept;
     void mark_(detail::MarkedMeasurements&& marked) noexcept;
-    void clear_() noexcept;
     long countInvalid_() const noexcept;
     double oddMeasurement_(long index, bool mustBeValid) const;
     [[noreturn]] static void throwNegativeIndex_();
     [[noreturn]] static void throwNotAllValid_();
-    bool exchangeWhole_(vxArchive& archive);
-    bool storeWhole_(detail::StoringCore& core) const;
-    bool loadWhole_(detail::LoadingCore& core);
     void store_(vxArchive& archive);
     void load_(vxArchive& archive);
 

@@ -27,7 +27,6 @@
 #include <vxclassifier/feature_pattern.h>
 #include <vxclassifier/feature_score.h>
 #include <vxclassifier/feature_vector.h>
-#include <vxclassifier/pattern_content.h>
 #include <vxclassifier/pattern_distance_metric.h>
 #include <vxclassifier/pattern_distance_metric_norm.h>
 #include <vxclassifier/pdf_binomial.h>
@@ -50,7 +49,6 @@
 #include <vxclassifier/platform/random.h>
 #include <vxclassifier/platform/range.h>
 #include <vxclassifier/platform/rep_base.h>
-#include <vxclassifier/platform/spare_bits.h>
 #include <vxclassifier/platform/status.h>
 #include <vxclassifier/platform/text.h>
 #include <vxclassifier/predicate_function.h>
@@ -59,7 +57,6 @@
 #include <vxclassifier/rule.h>
 #include <vxclassifier/rule_table.h>
 #include <vxclassifier/total_data_generator.h>
-#include <vxclassifier/validity_marks.h>
 #include <vxclassifier/validity_predicate.h>
 
 #endif

@@ -10,7 +10,7 @@
 
 vx_Instantiator vxFeaturePattern::sExemplar(typeid(vxFeaturePattern), &vxFeaturePattern::make);
 
-// With two bytes more, each pattern would take sixteen bytes more of the memory that malloc gives.
+// With anything more, each pattern would take sixteen bytes more of the memory that malloc gives.
 static_assert(sizeof(vxFeaturePattern) <= 56 || sizeof(void*) != 8);
 
 vxFeaturePattern::vxFeaturePattern() noexcept = default;
@@ -143,8 +143,12 @@ void vxFeaturePattern::fill_(std::vector<double> measurements, detail::ValidityM
     }
 } // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the content has it.
 
+/// Leaves `other` fit for nothing but to be destroyed.
 void vxFeaturePattern::takeOver_(vxFeaturePattern& other) noexcept {
-    clear_();
+    if (isMarked_()) {
+        content_.makePlain();
+        detail::SpareBits::clear(*this, markedBit_);
+    }
     if (other.isMarked_()) {
         mark_(std::move(other.content_.marked()));
     } else {
@@ -156,14 +160,4 @@ void vxFeaturePattern::takeOver_(vxFeaturePattern& other) noexcept {
 void vxFeaturePattern::mark_(detail::MarkedMeasurements&& marked) noexcept {
     content_.makeMarked(std::move(marked));
     detail::SpareBits::set(*this, markedBit_);
-}
-
-/// Leaves a plain pattern without measurements.
-void vxFeaturePattern::clear_() noexcept {
-    if (isMarked_()) {
-        content_.makePlain();
-        detail::SpareBits::clear(*this, markedBit_);
-    } else {
-        std::vector<double>().swap(content_.plain());
-    }
 }

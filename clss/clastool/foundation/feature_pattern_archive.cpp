@@ -23,9 +23,6 @@
 
 namespace {
 
-using detail::LoadingCore;
-using detail::StoringCore;
-
 // What a record consists of: the versions of both levels, and two vectors, each with a version and a count.
 constexpr std::size_t levels = 2;
 constexpr std::size_t vectorHead = 1 + sizeof(std::uint32_t);
@@ -66,6 +63,19 @@ struct Layout {
 /// What a pattern's record is made from, and made into, in one step.
 class detail::PatternRecord {
 public:
+    /// Does all that the plain way would do with the archive, or nothing and returns false.
+    static bool exchange(vxFeaturePattern& pattern, vxArchive& archive) {
+        bool isDone = false;
+        guarded(archive, [&] {
+            if (StoringCore* const core = ArchiveAccess::storing(archive)) {
+                isDone = store(pattern, *core);
+            } else {
+                isDone = load(pattern, *ArchiveAccess::loading(archive));
+            }
+        });
+        return isDone;
+    }
+
     static std::size_t size(const vxFeaturePattern& pattern) noexcept {
         Layout layout = layoutOf(pattern);
         const bool canBeCounted =
@@ -104,6 +114,26 @@ public:
     }
 
 private:
+    static bool store(const vxFeaturePattern& pattern, StoringCore& core) {
+        const std::size_t needed = size(pattern);
+        if (needed != 0) {
+            put(pattern, core.putBlock(needed));
+        }
+        return needed != 0;
+    }
+
+    static bool load(vxFeaturePattern& pattern, LoadingCore& core) {
+        core.requireUsable();
+        Layout layout;
+        if (!layout.read(core.next(), core.left())) {
+            return false;
+        }
+        PatternObservation::changed(pattern);
+        get(pattern, core.next(), layout);
+        core.getBlock(layout.size());
+        return true;
+    }
+
     /// The one step that may fail. A vector that grows gives its elements values first, which takes as long
     /// as to copy a few from elsewhere.
     static void getMeasurements(std::vector<double>& to, const unsigned char* from, std::size_t count) {
@@ -155,45 +185,12 @@ const detail::WholeRecordOffer offer(typeid(vxFeaturePattern), &vxFeaturePattern
 
 void vxFeaturePattern::dispatchSerialize(vxArchive& archive) {
     detail::VisitedScope* const scope = detail::VisitedScope::current();
-    if (scope == nullptr || !scope->isEmpty() || !exchangeWhole_(archive)) {
+    if (scope == nullptr || !scope->isEmpty() || !detail::PatternRecord::exchange(*this, archive)) {
         detail::exchangeLevel(archive, this, [&](unsigned char version) { serialize_(archive, version); });
         return;
     }
     scope->add(static_cast<vxPersistent*>(this), sizeof(vxPersistent));
     scope->add(this, sizeof(vxFeaturePattern));
-}
-
-/// Does all that the plain way would do with the archive, or nothing and returns false.
-bool vxFeaturePattern::exchangeWhole_(vxArchive& archive) {
-    bool isDone = false;
-    detail::guarded(archive, [&] {
-        if (StoringCore* const core = detail::ArchiveAccess::storing(archive)) {
-            isDone = storeWhole_(*core);
-        } else {
-            isDone = loadWhole_(*detail::ArchiveAccess::loading(archive));
-        }
-    });
-    return isDone;
-}
-
-bool vxFeaturePattern::storeWhole_(StoringCore& core) const {
-    const std::size_t size = detail::PatternRecord::size(*this);
-    if (size != 0) {
-        detail::PatternRecord::put(*this, core.putBlock(size));
-    }
-    return size != 0;
-}
-
-bool vxFeaturePattern::loadWhole_(LoadingCore& core) {
-    core.requireUsable();
-    Layout layout;
-    if (!layout.read(core.next(), core.left())) {
-        return false;
-    }
-    detail::PatternObservation::changed(*this);
-    detail::PatternRecord::get(*this, core.next(), layout);
-    core.getBlock(layout.size());
-    return true;
 }
 
 void vxFeaturePattern::serialize_(vxArchive& archive, unsigned char version) {

@@ -1,4 +1,4 @@
-#include <vxclassifier/validity_marks.h>
+#include <vxclassifier/detail/validity_marks.h>
 
 #include "platform/archive/truth_values.h"
 
@@ -86,10 +86,8 @@ void ValidityMarks::put(unsigned char* to, std::size_t numMeasurements) const no
     }
     const std::size_t count = size(numMeasurements);
     std::fill_n(to, count, static_cast<unsigned char>(1));
-    if (!areAllValid()) {
-        for (std::size_t i = 0; i < std::min(count, inlineSize); ++i) {
-            to[i] = isValid(i) ? 1 : 0;
-        }
+    for (std::size_t i = 0; i < std::min(count, inlineSize); ++i) {
+        to[i] = isValid(i) ? 1 : 0;
     }
 }
 

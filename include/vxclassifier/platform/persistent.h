@@ -70,7 +70,8 @@ public:
 
     /// Tells the archives that track this object that it is about to change or to go: they forget it, so that
     /// storing it again writes it anew and a loaded reference to it is refused. To be called while
-    /// isTracked_() is true.
+    /// isTracked_() is true. Every destructor calls it, and the assignments of classifiers; other assignments
+    /// and setters leave it to their caller.
     void mutating_() noexcept;
 
     /// Whether an archive that is not yet finished relies on this object staying as it is: one in which it
@@ -88,7 +89,7 @@ private:
 
     static constexpr std::uint64_t spareBits_ = 3;
 
-    // The lowest bits are detail::SpareBits, above them stands which archives track this object
+    // The two lowest bits are detail::SpareBits, the others say which archives track this object
     // (detail::TrackingMark); changed through const references too, since
     // storing an object does not change it in any other way.
     mutable std::atomic<std::uint64_t> tracking_{0};

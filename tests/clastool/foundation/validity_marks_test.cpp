@@ -1,4 +1,4 @@
-#include <vxclassifier/validity_marks.h>
+#include <vxclassifier/detail/validity_marks.h>
 
 #include "tests/support/archives.h"
 #include "tests/support/hand_written.h"

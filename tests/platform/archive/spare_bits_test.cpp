@@ -1,4 +1,4 @@
-#include <vxclassifier/platform/spare_bits.h>
+#include <vxclassifier/platform/detail/spare_bits.h>
 
 #include "platform/archive/object_tracker.h"
 

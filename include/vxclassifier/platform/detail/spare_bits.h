@@ -1,5 +1,5 @@
-#ifndef VXCLASSIFIER_PLATFORM_SPARE_BITS_H
-#define VXCLASSIFIER_PLATFORM_SPARE_BITS_H
+#ifndef VXCLASSIFIER_PLATFORM_DETAIL_SPARE_BITS_H
+#define VXCLASSIFIER_PLATFORM_DETAIL_SPARE_BITS_H
 
 #include <vxclassifier/platform/export.h>
 #include <vxclassifier/platform/persistent.h>

@@ -1,7 +1,7 @@
-#ifndef VXCLASSIFIER_PATTERN_CONTENT_H
-#define VXCLASSIFIER_PATTERN_CONTENT_H
+#ifndef VXCLASSIFIER_DETAIL_PATTERN_CONTENT_H
+#define VXCLASSIFIER_DETAIL_PATTERN_CONTENT_H
 
-#include <vxclassifier/validity_marks.h>
+#include <vxclassifier/detail/validity_marks.h>
 
 #include <cstddef>
 #include <memory>
@@ -16,7 +16,7 @@ namespace detail {
 ///
 /// Ownership: owns both. Threads: as any plain value.
 struct MarkedMeasurements {
-    std::unique_ptr<std::vector<double>> measurements;
+    std::unique_ptr<std::vector<double>> measurements; // null only when it was moved elsewhere
 
     // One for each measurement, but for what an archive brought: a missing mark means invalid, a surplus one
     // takes part in comparing and storing only.
@@ -33,7 +33,7 @@ struct MarkedMeasurements {
 ///
 /// Which of the two it is, the pattern knows: it has a bit to spare, and a variant would take a word for it.
 ///
-/// Initial state: plain, without measurements; to be made plain again before it goes.
+/// Initial state: plain, without measurements.
 ///
 /// Ownership: owns what it holds. Threads: as any plain value.
 class PatternContent {
@@ -43,6 +43,7 @@ public:
     PatternContent& operator=(const PatternContent&) = delete;
 
     // NOLINTBEGIN(cppcoreguidelines-pro-type-union-access): for the reason above.
+    /// It has to be plain again by then.
     ~PatternContent() { plain_.~vector(); }
 
     std::vector<double>& plain() noexcept { return plain_; }
@@ -50,13 +51,13 @@ public:
     MarkedMeasurements& marked() noexcept { return marked_; }
     const MarkedMeasurements& marked() const noexcept { return marked_; }
 
-    /// Of a plain one.
+    /// Requires a plain one.
     void makeMarked(MarkedMeasurements&& marked) noexcept {
         plain_.~vector();
         new (&marked_) MarkedMeasurements(std::move(marked));
     }
 
-    /// Of a marked one; leaves it without measurements.
+    /// Requires a marked one; leaves it without measurements.
     void makePlain() noexcept {
         marked_.~MarkedMeasurements();
         new (&plain_) std::vector<double>();
@@ -69,8 +70,6 @@ private:
         MarkedMeasurements marked_;
     };
 };
-
-static_assert(sizeof(PatternContent) == sizeof(std::vector<double>));
 
 } // namespace detail
 

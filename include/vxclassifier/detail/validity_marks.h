@@ -1,5 +1,5 @@
-#ifndef VXCLASSIFIER_VALIDITY_MARKS_H
-#define VXCLASSIFIER_VALIDITY_MARKS_H
+#ifndef VXCLASSIFIER_DETAIL_VALIDITY_MARKS_H
+#define VXCLASSIFIER_DETAIL_VALIDITY_MARKS_H
 
 #include <vxclassifier/platform/export.h>
 
@@ -9,9 +9,8 @@
 
 namespace detail {
 
-/// Which measurements of a pattern are valid, in the space of one pointer. Training data are stored patterns
-/// by the million, and nearly all of them are valid throughout or have few measurements: those need no memory
-/// of their own.
+/// Which measurements of a pattern are valid, in one word; only of a pattern with more than 63 measurements,
+/// or whose marks an archive brought, may they need memory of their own.
 ///
 /// States: *inline*, one mark for each measurement of the pattern and none invalid but among the first ones;
 /// *none*, no mark at all; *listed*, any other list of marks, which only an archive or a long pattern brings.
