@@ -183,6 +183,30 @@ TEST(HostileFeaturePattern, AnAssignmentThatRunsOutOfMemoryChangesNothing) {
     EXPECT_EQ(assigned, original);
 }
 
+TEST(HostileFeaturePattern, ALoadThatRunsOutOfMemoryLeavesAllAsItWasOrTheNewMeasurementsWithTheOldMarks) {
+    std::vector<bool> manyMarks(70, true);
+    manyMarks[66] = false;
+    const std::vector<std::vector<bool>> someMarks{
+        {true, true}, {true, false}, {}, {true, true, true}, manyMarks};
+    for (const std::vector<bool>& oldMarks : someMarks) {
+        const vxFeaturePattern old = forgedPattern({5, 6}, oldMarks);
+        for (const std::vector<bool>& newMarks : someMarks) {
+            const std::vector<double> measurements(newMarks.size() == 2 ? 2 : 70, 1.0);
+            const vxFeaturePattern fresh = forgedPattern(measurements, newMarks);
+            const vxFeaturePattern half = forgedPattern(measurements, oldMarks);
+            const bool isInOneStep = newMarks.size() == 2;
+            const Bytes sealed = test::stored(fresh);
+            vxFeaturePattern pattern(old);
+            const auto check = [&] {
+                EXPECT_TRUE(pattern == old || (!isInOneStep && pattern == half));
+                pattern = old;
+            };
+            EXPECT_GT(failEachAllocation([&] { test::load(sealed, pattern); }, check), 0);
+            EXPECT_EQ(pattern, fresh);
+        }
+    }
+}
+
 // Frequencies and costs.
 
 TEST(HostileFrequencies, RowsThatAreNotCompleteDoNotCount) {
