@@ -5,6 +5,7 @@
 #include "tests/clastool/knn/loaded_objects.h"
 #include "tests/support/archives.h"
 #include "tests/support/expect_error.h"
+#include "tests/support/hand_written.h"
 
 #include <vxclassifier/classifier_defs.h>
 #include <vxclassifier/pattern_distance_metric_norm.h>
@@ -107,6 +108,29 @@ TEST(FastKNN, DecidesAsTheScanWhenAPatternChangesBeforeAnIncrementalTraining) {
         classifier.trainIncremental(*test::pattern({-9.0, -9.0, -9.0}), 61);
         EXPECT_EQ(test::labels(test::run(classifier, {-7.5, -7.0, -7.0})), std::vector<long>{60});
         EXPECT_EQ(test::labels(test::run(classifier, {-8.5, -9.0, -9.0})), std::vector<long>{61});
+        expectPlainResults(classifier, engine, 2.0, 1);
+    }
+}
+
+/// A valid pattern whose archive had a mark too many, so that it is not kept as others are.
+vxPtrHandle<vxFeaturePattern> withASurplusMark(const std::vector<double>& measurements) {
+    vxPtrHandle<vxFeaturePattern> pattern(new vxFeaturePattern({}, {}));
+    const std::vector<bool> marks(measurements.size() + 1, true);
+    test::load(test::HandWritten().byte(0).byte(0).reals(measurements).flags(marks).sealed(), *pattern);
+    return pattern;
+}
+
+TEST(FastKNN, DecidesAsTheScanWhenAPatternWithASurplusMarkChanges) {
+    std::mt19937_64 engine(11);
+    for (const long count : {100L, 500L}) {
+        const vxPtrHandle<vxFeaturePattern> changing = withASurplusMark({9.0, 9.0, 9.0});
+        Store store = randomStore(engine, count);
+        store.addData(changing, 60);
+        const OpenKNN classifier = test::trained(store, params(vxPatternDistanceMetricNorm(2.0), 1));
+        EXPECT_EQ(test::labels(test::run(classifier, {8.0, 9.0, 9.0})), std::vector<long>{60});
+        *changing = vxFeaturePattern({-7.0, -7.0, -7.0}, {});
+        EXPECT_EQ(test::labels(test::run(classifier, {-7.5, -7.0, -7.0})), std::vector<long>{60});
+        EXPECT_NE(test::labels(test::run(classifier, {8.0, 9.0, 9.0})), std::vector<long>{60});
         expectPlainResults(classifier, engine, 2.0, 1);
     }
 }
