@@ -135,6 +135,34 @@ TEST(FastKNN, DecidesAsTheScanWhenAPatternWithASurplusMarkChanges) {
     }
 }
 
+TEST(FastKNN, DecidesAsTheScanWhenAPatternIsLoadedInPlaceOrHalfOfIt) {
+    std::mt19937_64 engine(12);
+    const std::vector<double> there{-7.0, -7.0, -7.0};
+    test::HandWritten inOneStep;
+    inOneStep.byte(0).byte(0).reals(there).flags({true, true, true});
+    test::HandWritten levelByLevel;
+    levelByLevel.byte(0).byte(0).reals(there).flags({true, true, true, true});
+    test::HandWritten half;
+    half.byte(0).byte(0).reals(there).byte(1);
+    for (const test::Bytes& sealed : {inOneStep.sealed(), levelByLevel.sealed(), half.sealed()}) {
+        for (const long count : {100L, 500L}) {
+            const PatternHandle changing = test::pattern({9.0, 9.0, 9.0});
+            Store store = randomStore(engine, count);
+            store.addData(changing, 60);
+            const OpenKNN classifier = test::trained(store, params(vxPatternDistanceMetricNorm(2.0), 1));
+            EXPECT_EQ(test::labels(test::run(classifier, {8.0, 9.0, 9.0})), std::vector<long>{60});
+            try {
+                test::load(sealed, const_cast<vxFeaturePattern&>(*changing));
+            } catch (const vxArchive::UnknownVersion&) { // of the marks, when the measurements were read
+            }
+            EXPECT_EQ(changing->featureMeasurements(true), there);
+            EXPECT_EQ(test::labels(test::run(classifier, {-7.5, -7.0, -7.0})), std::vector<long>{60});
+            EXPECT_NE(test::labels(test::run(classifier, {8.0, 9.0, 9.0})), std::vector<long>{60});
+            expectPlainResults(classifier, engine, 2.0, 1);
+        }
+    }
+}
+
 TEST(FastKNN, FindsAPatternThatWasJustTrained) {
     std::mt19937_64 engine(3);
     OpenKNN classifier = test::trained(randomStore(engine, 500), params(vxPatternDistanceMetricNorm(2.0), 1));
