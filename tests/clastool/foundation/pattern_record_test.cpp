@@ -85,9 +85,12 @@ Bytes slowerFormOf(Bytes payload) {
     return payload;
 }
 
-vxPtrHandle<Memory> loaded(const Bytes& payload) {
-    const Bytes sealed = Payload().append(payload).sealed();
-    vxLoadingArchive archive(sealed);
+/// `behind` lies behind the archive in memory.
+vxPtrHandle<Memory> loaded(const Bytes& payload, const Bytes& behind = {}) {
+    Bytes sealed = Payload().append(payload).sealed();
+    const std::size_t size = sealed.size();
+    sealed.insert(sealed.end(), behind.begin(), behind.end());
+    vxLoadingArchive archive(sealed.data(), size);
     vxPtrHandle<Memory> handle;
     archive || handle;
     archive.finish();
@@ -95,9 +98,9 @@ vxPtrHandle<Memory> loaded(const Bytes& payload) {
 }
 
 /// What becomes of a payload: the bytes of what was loaded, or the error.
-std::string outcomeOf(const Bytes& payload) {
+std::string outcomeOf(const Bytes& payload, const Bytes& behind = {}) {
     try {
-        const vxPtrHandle<Memory> provider = loaded(payload);
+        const vxPtrHandle<Memory> provider = loaded(payload, behind);
         if (provider.isNull()) {
             return "null";
         }
@@ -169,6 +172,18 @@ TEST(PatternRecord, IsRefusedOrTakenAsLevelByLevelWhateverItsBytesAre) {
         }
     }
     EXPECT_GT(refused, 500);
+}
+
+TEST(PatternRecord, IsNotTakenFromWhatLiesBehindTheArchive) {
+    const Bytes whole = providerOf({record({1.5, -2.0}, {1, 1}), record({3.0}, {1}), record({4.0}, {0})});
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        const auto end = whole.begin() + static_cast<std::ptrdiff_t>(size);
+        const Bytes cut(whole.begin(), end);
+        const Bytes behind(end, whole.end());
+        const std::string slow = outcomeOf(slowerFormOf(cut), behind);
+        EXPECT_NE(slow.find(": "), std::string::npos) << "cut to " << size;
+        EXPECT_EQ(outcomeOf(cut, behind), slow) << "cut to " << size;
+    }
 }
 
 } // namespace
