@@ -6,6 +6,7 @@
 #include "tests/support/archive_bytes.h"
 #include "tests/support/archives.h"
 
+#include <vxclassifier/feature_pattern.h>
 #include <vxclassifier/platform/archive.h>
 
 #include <gtest/gtest.h>
@@ -155,6 +156,12 @@ TEST_F(WholeRecord, IsKnownForExactlyTheClassThatOffersIt) {
     EXPECT_EQ(detail::wholeRecordOf(typeid(Node)), nullptr);
     EXPECT_EQ(detail::wholeRecordOf(&Number::make), &whole);
     EXPECT_EQ(detail::wholeRecordOf(&Derived::make), nullptr);
+}
+
+TEST_F(WholeRecord, IsOfferedForFeaturePatterns) {
+    const detail::WholeRecord* const offered = detail::wholeRecordOf(typeid(vxFeaturePattern));
+    EXPECT_NE(offered, nullptr);
+    EXPECT_EQ(detail::wholeRecordOf(&vxFeaturePattern::make), offered);
 }
 
 TEST_F(WholeRecord, ServesAllObjectsOfTheClassButTheOneThatBringsTheName) {
