@@ -69,6 +69,16 @@ TEST_P(StoredMemory, OfAPatternWithAnInvalidMeasurementBehindThe63rdIsAListMore)
     EXPECT_LE(bytesPerPattern(meter), measurements() + more + 128 + list + allTogether);
 }
 
+TEST_P(StoredMemory, OfALoadedPatternIsTheSame) {
+    for (const std::vector<long>& invalid : {std::vector<long>{}, std::vector<long>{1}}) {
+        const test::Bytes sealed = test::stored(dataOf(GetParam(), invalid));
+        const test::MemoryMeter meter;
+        vxClassifierDataProviderMemory data;
+        test::load(sealed, data);
+        EXPECT_LE(bytesPerPattern(meter), measurements() + (invalid.empty() ? 96 : 128) + allTogether);
+    }
+}
+
 TEST_P(StoredMemory, OfATrainedToolHasThreeTenthsOfTheMeasurementsForSpeed) {
     const test::MemoryMeter meter;
     vxClassifierTool tool;
