@@ -69,8 +69,8 @@ public:
     }
 
     /// All stored values, those of invalid measurements included; the reference is good until the pattern
-    /// goes or is assigned to. Throws vxClassifierDefs::BadFeatures if `mustBeAllValid` and a measurement is
-    /// invalid.
+    /// goes, is assigned to or is loaded again. Throws vxClassifierDefs::BadFeatures if `mustBeAllValid` and
+    /// a measurement is invalid.
     const std::vector<double>& featureMeasurements(bool mustBeAllValid) const {
         if (mustBeAllValid && numInvalid() != 0) {
             throwNotAllValid_();
