@@ -24,7 +24,7 @@ AREAS = {
          f"platform/archive/archive_test {SLOW_ARCHIVE_TESTS}"],
     ),
     "handles": (
-        ["platform/handle/*.cpp"],
+        ["platform/handle/*.cpp", "platform/handle/share_count.h"],
         ["platform/handle/ptr_handle_test", "platform/handle/ptr_handle_threads_test", "laws/laws_test",
          "platform/archive/archive_test"],
     ),
