@@ -90,8 +90,8 @@ private:
     static constexpr std::uint64_t spareBits_ = 3;
 
     // The two lowest bits are detail::SpareBits, the others say which archives track this object
-    // (detail::TrackingMark); changed through const references too, since
-    // storing an object does not change it in any other way.
+    // (detail::TrackingMark); changed through const references too, since storing an object does not change
+    // it in any other way.
     mutable std::atomic<std::uint64_t> tracking_{0};
 };
 

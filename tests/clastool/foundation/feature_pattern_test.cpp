@@ -285,6 +285,25 @@ TEST(FeaturePatternArchive, APatternReferredToTwiceComesBackAsOne) {
     EXPECT_EQ(*a, *pattern);
 }
 
+TEST(FeaturePatternArchive, AnUnfinishedArchiveDoesNotSeeAnAssignment) {
+    const vxPtrHandle<vxFeaturePattern> pattern(new vxFeaturePattern({1, 2}, {}));
+    vxPtrHandle_const<vxFeaturePattern> stored(pattern.get());
+    vxStoringArchive storing;
+    storing || stored;
+    *pattern = vxFeaturePattern({3}, {0});
+    EXPECT_TRUE(pattern->isTracked_());
+    storing || stored;
+    storing.finish();
+    vxLoadingArchive loading(storing.bytes());
+    vxPtrHandle_const<vxFeaturePattern> first;
+    vxPtrHandle_const<vxFeaturePattern> second;
+    loading || first;
+    loading || second;
+    loading.finish();
+    EXPECT_EQ(first, second);
+    EXPECT_EQ(*first, vxFeaturePattern({1, 2}, {}));
+}
+
 /// What a derived class may do from anywhere.
 struct ExchangedDirectly : vxFeaturePattern {
     using vxFeaturePattern::dispatchSerialize;
